@@ -1,0 +1,115 @@
+#pragma once
+
+#include <QMessageBox>
+#include <QString>
+
+#include <cstddef>
+#include <ctime>
+#include <functional>
+#include <string>
+#include <vector>
+
+class QWidget;
+
+// One message box, as the user interface asks for it. Every box of the
+// program is described by such a request and shown by
+// CrossPlatformApi::showMessageBox, so that tests can answer boxes instead of
+// blocking on them.
+struct MessageBoxRequest
+{
+    QMessageBox::Icon icon = QMessageBox::NoIcon;
+    QString title;
+    QString text;
+    QString informativeText;
+    QMessageBox::StandardButtons buttons = QMessageBox::Ok;
+    QMessageBox::StandardButton defaultButton = QMessageBox::NoButton;
+    QWidget* parent = nullptr;
+    QString checkBoxText;        // a check box below the text when not empty
+    bool checkBoxChecked = false;
+};
+
+// The answer to a MessageBoxRequest: the button pressed and the check box state.
+struct MessageBoxAnswer
+{
+    QMessageBox::StandardButton button = QMessageBox::NoButton;
+    bool checkBoxChecked = false;
+};
+
+// The basic services of the suite, written for Linux: file-system access on
+// Latin-1 byte strings, system folders, message boxes, opening documents and
+// starting programs. All text arguments and results of the std::string
+// functions are Latin-1 byte strings.
+class CrossPlatformApi
+{
+public:
+    // --- Strings and paths -------------------------------------------------
+    // Latin-1 path bytes to the bytes the file system expects (UTF-8 here),
+    // and back.
+    static std::string fileSystemEncoding(const std::string& latin1Path);
+    static std::string fromFileSystemEncoding(const std::string& nativePath);
+    static QString toQString(const std::string& latin1Path);
+
+    // strcmp ignoring the case of ASCII letters.
+    static int strCmpNoCase(const char* a, const char* b);
+
+    // The C library's _splitpath_s contract: drive (always empty here),
+    // directory with its trailing "/", file name, extension with its dot.
+    // Components that do not fit their buffers are cut. Returns 0, or EINVAL
+    // for a null path.
+    static int splitpath_s(const char* path, char* drive, std::size_t driveSize, char* dir,
+                           std::size_t dirSize, char* fname, std::size_t fnameSize, char* ext,
+                           std::size_t extSize);
+
+    // --- Files and folders -------------------------------------------------
+    // Names (not paths) of the entries of a folder that match a wildcard
+    // pattern ("*.*" matches every name, with or without a dot); "." and ".."
+    // are never listed.
+    static std::vector<std::string> getDirectoryEntries(const std::string& folder,
+                                                        const std::string& pattern);
+    static bool deleteFile(const std::string& path);
+    static bool deleteDirectory(const std::string& path);   // an empty folder
+    static long long getFileSize(const std::string& path);  // -1 when it cannot be read
+    static std::string getUUID();                           // 36 characters, no braces
+    static bool localtime_s(struct tm& result, const long& time);
+    static void outputDebugString(const std::string& text);
+
+    enum SysFolder {
+        SysTemp = 0,        // the temporary folder
+        SysLocalAppData,    // $XDG_DATA_HOME
+        SysCommonAppData,   // the folder shared by all users
+        SysMyDocuments,     // the documents folder
+        SysProfile          // the home folder
+    };
+    // The folder without a trailing "/".
+    static std::string getSystemFolder(int sysFolder);
+
+    // 5 for a read-only optical medium (ISO 9660 or UDF), 3 for any other
+    // fixed file system, 0 when the path cannot be examined.
+    static int getDriveType(const std::string& path);
+
+    // --- INI files (read through cIniFile) ---------------------------------
+    static std::vector<std::string> getIniSections(const std::string& path);
+    // The entries of a section, each as "key=value".
+    static std::vector<std::string> getIniSectionEntries(const std::string& section,
+                                                         const std::string& path);
+    static std::string getIniString(const std::string& section, const std::string& key,
+                                    const std::string& defaultValue, const std::string& path);
+
+    // --- The program's own location ----------------------------------------
+    // The running executable (from /proc/self/exe), usable before any Qt
+    // object exists. Tests point it elsewhere with overrideExecutablePath;
+    // an empty path restores the real one.
+    static std::string executablePath();
+    static void overrideExecutablePath(const std::string& path);
+
+    // --- Message boxes -----------------------------------------------------
+    using MessageBoxHandler = std::function<MessageBoxAnswer(const MessageBoxRequest&)>;
+    static MessageBoxAnswer showMessageBox(const MessageBoxRequest& request);
+    // Replaces the function that shows boxes (tests record them); an empty
+    // handler restores the real one. Returns the handler that was in place.
+    static MessageBoxHandler setMessageBoxHandler(MessageBoxHandler handler);
+
+    // A box with text and title (Latin-1) in the style numbering of the
+    // suite: 0 a plain box with OK. Returns the button pressed.
+    static int messageBox(const std::string& text, const std::string& title, unsigned style);
+};
