@@ -1,0 +1,412 @@
+#include "CrossPlatformApi.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QFile>
+#include <QStandardPaths>
+#include <QUuid>
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <sys/vfs.h>
+#include <unistd.h>
+
+namespace {
+
+std::string withoutTrailingSlashes(std::string path)
+{
+    while (path.size() > 1 && path.back() == '/')
+        path.pop_back();
+    return path;
+}
+
+std::string environment(const char* name)
+{
+    const char* value = std::getenv(name);
+    return value ? std::string(value) : std::string();
+}
+
+// Copies at most size - 1 bytes and terminates; a null buffer or a size of 0
+// means the caller does not want this component.
+void copyCut(char* buffer, std::size_t size, const char* begin, const char* end)
+{
+    if (!buffer || size == 0)
+        return;
+    const std::size_t length = std::min<std::size_t>(std::size_t(end - begin), size - 1);
+    std::memcpy(buffer, begin, length);
+    buffer[length] = '\0';
+}
+
+bool isSeparator(char c)
+{
+    return c == '/' || c == '\\';
+}
+
+char foldCase(char c)
+{
+    return char(std::tolower(static_cast<unsigned char>(c)));
+}
+
+// '*' matches any run of characters, '?' exactly one; letters match
+// regardless of ASCII case, as the suite's patterns come from file systems
+// that ignore case.
+bool wildcardMatch(const char* name, const char* pattern)
+{
+    const char* starPattern = nullptr;
+    const char* starName = nullptr;
+    while (*name) {
+        if (*pattern == '*') {
+            starPattern = ++pattern;
+            starName = name;
+        } else if (*pattern == '?' || (*pattern && foldCase(*pattern) == foldCase(*name))) {
+            ++pattern;
+            ++name;
+        } else if (starPattern) {
+            pattern = starPattern;
+            name = ++starName;
+        } else {
+            return false;
+        }
+    }
+    while (*pattern == '*')
+        ++pattern;
+    return *pattern == '\0';
+}
+
+// A pattern ending in ".*" also matches names without any extension, so
+// "*.*" lists every entry and "readme.*" finds "readme".
+bool matchesPattern(const std::string& name, const std::string& pattern)
+{
+    if (wildcardMatch(name.c_str(), pattern.c_str()))
+        return true;
+    const std::size_t length = pattern.size();
+    return length >= 2 && pattern.compare(length - 2, 2, ".*") == 0
+        && name.find('.') == std::string::npos
+        && wildcardMatch(name.c_str(), pattern.substr(0, length - 2).c_str());
+}
+
+std::string homeFolder()
+{
+    std::string home = environment("HOME");
+    if (home.empty()) {
+        if (const passwd* entry = getpwuid(getuid()))
+            home = entry->pw_dir;
+    }
+    return home;
+}
+
+// The folder shared by all users of the machine. Linux has no standard folder
+// that every user may write to without an administrator's help except
+// /var/tmp, which is persistent (unlike /tmp) and world-writable; it plays the
+// part of the shared folder of other systems. SC_COMMON_APPDATA points it
+// elsewhere, e.g. to a folder that an administrator prepared for a group, or
+// to a private folder for tests.
+std::string commonAppDataFolder()
+{
+    const std::string configured = environment("SC_COMMON_APPDATA");
+    return configured.empty() ? std::string("/var/tmp") : configured;
+}
+
+std::string nativeSystemFolder(int sysFolder)
+{
+    switch (sysFolder) {
+    case CrossPlatformApi::SysTemp: {
+        const std::string temp = environment("TMPDIR");
+        return temp.empty() ? std::string("/tmp") : temp;
+    }
+    case CrossPlatformApi::SysLocalAppData: {
+        const std::string data = environment("XDG_DATA_HOME");
+        return data.empty() || data.front() != '/' ? homeFolder() + "/.local/share" : data;
+    }
+    case CrossPlatformApi::SysCommonAppData:
+        return commonAppDataFolder();
+    case CrossPlatformApi::SysMyDocuments: {
+        const QString documents =
+            QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+        return documents.isEmpty() ? homeFolder() + "/Documents"
+                                   : QFile::encodeName(documents).toStdString();
+    }
+    case CrossPlatformApi::SysProfile:
+        return homeFolder();
+    default:
+        return std::string();
+    }
+}
+
+std::string readExecutableLink()
+{
+    std::vector<char> buffer(4096);
+    for (;;) {
+        const ssize_t length = readlink("/proc/self/exe", buffer.data(), buffer.size());
+        if (length < 0)
+            return std::string();
+        if (std::size_t(length) < buffer.size())
+            return CrossPlatformApi::fromFileSystemEncoding(std::string(buffer.data(), std::size_t(length)));
+        buffer.resize(buffer.size() * 2);
+    }
+}
+
+std::string& executablePathOverride()
+{
+    static std::string path;
+    return path;
+}
+
+QMessageBox::StandardButton firstButton(QMessageBox::StandardButtons buttons)
+{
+    for (int bit = QMessageBox::FirstButton; bit <= QMessageBox::LastButton; bit <<= 1) {
+        if (buttons.testFlag(QMessageBox::StandardButton(bit)))
+            return QMessageBox::StandardButton(bit);
+    }
+    return QMessageBox::NoButton;
+}
+
+// Without a widget application (command-line tools, early start-up) the box
+// cannot be shown: its text goes to the error output and the box is answered
+// with its default button.
+MessageBoxAnswer answerOnConsole(const MessageBoxRequest& request)
+{
+    std::fprintf(stderr, "%s: %s\n", request.title.toLocal8Bit().constData(),
+                 request.text.toLocal8Bit().constData());
+    if (!request.informativeText.isEmpty())
+        std::fprintf(stderr, "%s\n", request.informativeText.toLocal8Bit().constData());
+    MessageBoxAnswer answer;
+    answer.button = request.defaultButton != QMessageBox::NoButton ? request.defaultButton
+                                                                     : firstButton(request.buttons);
+    answer.checkBoxChecked = request.checkBoxChecked;
+    return answer;
+}
+
+MessageBoxAnswer showRealMessageBox(const MessageBoxRequest& request)
+{
+    if (!qobject_cast<QApplication*>(QCoreApplication::instance()))
+        return answerOnConsole(request);
+
+    QMessageBox box(request.icon, request.title, request.text, request.buttons, request.parent);
+    box.setInformativeText(request.informativeText);
+    if (request.defaultButton != QMessageBox::NoButton)
+        box.setDefaultButton(request.defaultButton);
+    QCheckBox* checkBox = nullptr;
+    if (!request.checkBoxText.isEmpty()) {
+        checkBox = new QCheckBox(request.checkBoxText);
+        checkBox->setChecked(request.checkBoxChecked);
+        box.setCheckBox(checkBox);
+    }
+    MessageBoxAnswer answer;
+    answer.button = QMessageBox::StandardButton(box.exec());
+    answer.checkBoxChecked = checkBox ? checkBox->isChecked() : request.checkBoxChecked;
+    return answer;
+}
+
+CrossPlatformApi::MessageBoxHandler& messageBoxHandler()
+{
+    static CrossPlatformApi::MessageBoxHandler handler = showRealMessageBox;
+    return handler;
+}
+
+// The suite's box styles: the low four bits choose the buttons, the next
+// four the icon; the answer is the number of the button pressed.
+struct SuiteButton
+{
+    QMessageBox::StandardButton button;
+    int id;
+};
+constexpr SuiteButton suiteButtons[] = {
+    {QMessageBox::Ok, 1},    {QMessageBox::Cancel, 2}, {QMessageBox::Abort, 3},
+    {QMessageBox::Retry, 4}, {QMessageBox::Ignore, 5}, {QMessageBox::Yes, 6},
+    {QMessageBox::No, 7},
+};
+
+QMessageBox::StandardButtons suiteButtonSet(unsigned style)
+{
+    switch (style & 0xF) {
+    case 1: return QMessageBox::Ok | QMessageBox::Cancel;
+    case 2: return QMessageBox::Abort | QMessageBox::Retry | QMessageBox::Ignore;
+    case 3: return QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel;
+    case 4: return QMessageBox::Yes | QMessageBox::No;
+    case 5: return QMessageBox::Retry | QMessageBox::Cancel;
+    default: return QMessageBox::Ok;
+    }
+}
+
+// Every box of the suite reports something worth the user's attention, so a
+// style without an icon of its own gets the warning sign.
+QMessageBox::Icon suiteIcon(unsigned style)
+{
+    switch (style & 0xF0) {
+    case 0x10: return QMessageBox::Critical;
+    case 0x20: return QMessageBox::Question;
+    case 0x40: return QMessageBox::Information;
+    default: return QMessageBox::Warning;
+    }
+}
+
+} // namespace
+
+std::string CrossPlatformApi::fileSystemEncoding(const std::string& latin1Path)
+{
+    return QFile::encodeName(toQString(latin1Path)).toStdString();
+}
+
+std::string CrossPlatformApi::fromFileSystemEncoding(const std::string& nativePath)
+{
+    const QByteArray bytes(nativePath.data(), qsizetype(nativePath.size()));
+    return QFile::decodeName(bytes).toLatin1().toStdString();
+}
+
+QString CrossPlatformApi::toQString(const std::string& latin1Path)
+{
+    return QString::fromLatin1(latin1Path.data(), qsizetype(latin1Path.size()));
+}
+
+int CrossPlatformApi::strCmpNoCase(const char* a, const char* b)
+{
+    for (;; ++a, ++b) {
+        const int difference = static_cast<unsigned char>(foldCase(*a))
+                             - static_cast<unsigned char>(foldCase(*b));
+        if (difference != 0 || *a == '\0')
+            return difference;
+    }
+}
+
+int CrossPlatformApi::splitpath_s(const char* path, char* drive, std::size_t driveSize, char* dir,
+                                  std::size_t dirSize, char* fname, std::size_t fnameSize,
+                                  char* ext, std::size_t extSize)
+{
+    if (!path)
+        return EINVAL;
+    const char* end = path + std::strlen(path);
+    const char* name = end;
+    while (name > path && !isSeparator(name[-1]))
+        --name;
+    const char* dot = end;
+    for (const char* p = name; p < end; ++p) {
+        if (*p == '.')
+            dot = p;
+    }
+    copyCut(drive, driveSize, path, path);
+    copyCut(dir, dirSize, path, name);
+    copyCut(fname, fnameSize, name, dot);
+    copyCut(ext, extSize, dot, end);
+    return 0;
+}
+
+std::vector<std::string> CrossPlatformApi::getDirectoryEntries(const std::string& folder,
+                                                               const std::string& pattern)
+{
+    std::vector<std::string> names;
+    DIR* directory = opendir(fileSystemEncoding(folder).c_str());
+    if (!directory)
+        return names;
+    while (const dirent* entry = readdir(directory)) {
+        const std::string name = fromFileSystemEncoding(entry->d_name);
+        if (name != "." && name != ".." && matchesPattern(name, pattern))
+            names.push_back(name);
+    }
+    closedir(directory);
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+bool CrossPlatformApi::deleteFile(const std::string& path)
+{
+    return unlink(fileSystemEncoding(path).c_str()) == 0;
+}
+
+bool CrossPlatformApi::deleteDirectory(const std::string& path)
+{
+    return rmdir(fileSystemEncoding(path).c_str()) == 0;
+}
+
+long long CrossPlatformApi::getFileSize(const std::string& path)
+{
+    const int fd = open(fileSystemEncoding(path).c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0)
+        return -1;
+    struct stat status;
+    const bool isFile = fstat(fd, &status) == 0 && S_ISREG(status.st_mode);
+    close(fd);
+    return isFile ? static_cast<long long>(status.st_size) : -1;
+}
+
+std::string CrossPlatformApi::getUUID()
+{
+    return QUuid::createUuid().toString(QUuid::WithoutBraces).toStdString();
+}
+
+bool CrossPlatformApi::localtime_s(struct tm& result, const long& time)
+{
+    const time_t seconds = time;
+    return localtime_r(&seconds, &result) != nullptr;
+}
+
+void CrossPlatformApi::outputDebugString(const std::string& text)
+{
+    std::fputs(text.c_str(), stderr);
+    if (text.empty() || text.back() != '\n')
+        std::fputc('\n', stderr);
+}
+
+std::string CrossPlatformApi::getSystemFolder(int sysFolder)
+{
+    return fromFileSystemEncoding(withoutTrailingSlashes(nativeSystemFolder(sysFolder)));
+}
+
+int CrossPlatformApi::getDriveType(const std::string& path)
+{
+    constexpr long iso9660Magic = 0x9660;
+    constexpr long udfMagic = 0x15013346;
+    struct statfs info;
+    if (statfs(fileSystemEncoding(path).c_str(), &info) != 0)
+        return 0;
+    const long type = static_cast<long>(info.f_type);
+    return type == iso9660Magic || type == udfMagic ? 5 : 3;
+}
+
+std::string CrossPlatformApi::executablePath()
+{
+    static const std::string realPath = readExecutableLink();
+    const std::string& overridden = executablePathOverride();
+    return overridden.empty() ? realPath : overridden;
+}
+
+void CrossPlatformApi::overrideExecutablePath(const std::string& path)
+{
+    executablePathOverride() = path;
+}
+
+MessageBoxAnswer CrossPlatformApi::showMessageBox(const MessageBoxRequest& request)
+{
+    return messageBoxHandler()(request);
+}
+
+CrossPlatformApi::MessageBoxHandler CrossPlatformApi::setMessageBoxHandler(MessageBoxHandler handler)
+{
+    MessageBoxHandler previous = std::move(messageBoxHandler());
+    messageBoxHandler() = handler ? std::move(handler) : MessageBoxHandler(showRealMessageBox);
+    return previous;
+}
+
+int CrossPlatformApi::messageBox(const std::string& text, const std::string& title, unsigned style)
+{
+    MessageBoxRequest request;
+    request.icon = suiteIcon(style);
+    request.title = toQString(title);
+    request.text = toQString(text);
+    request.buttons = suiteButtonSet(style);
+    const MessageBoxAnswer answer = showMessageBox(request);
+    for (const SuiteButton& entry : suiteButtons) {
+        if (entry.button == answer.button)
+            return entry.id;
+    }
+    return 0;
+}
