@@ -20,6 +20,7 @@ TempInstallation::TempInstallation()
     root.mkpath(QStringLiteral("home/.cache"));
     root.mkpath(QStringLiteral("home/.local/state"));
     root.mkpath(QStringLiteral("home/Documents"));
+    root.mkpath(QStringLiteral("shared"));
     root.mkpath(QStringLiteral("Start-Center.app/Contents/MacOS"));
     root.mkpath(QStringLiteral("Start-Center.app/Contents/Resources"));
 
@@ -30,6 +31,7 @@ TempInstallation::TempInstallation()
     setEnv("XDG_CACHE_HOME", home() + QStringLiteral("/.cache"));
     setEnv("XDG_STATE_HOME", home() + QStringLiteral("/.local/state"));
     setEnv("XDG_DOCUMENTS_DIR", home() + QStringLiteral("/Documents"));
+    setEnv("SC_COMMON_APPDATA", root() + QStringLiteral("/shared"));
 
     CrossPlatformApi::overrideExecutablePath(executablePath().toLocal8Bit().toStdString());
 }

@@ -8,7 +8,8 @@
 
 // A throw-away installation for one test: a bundle folder
 //   <root>/Start-Center.app/Contents/{MacOS,Resources}
-// and a private home with its own TMPDIR and XDG folders, so that nothing a
+// and a private home with its own TMPDIR and XDG folders and a private folder
+// shared by all users (SC_COMMON_APPDATA = <root>/shared), so that nothing a
 // test does reaches the real user's files. The process's executable path is
 // pointed at <bundle>/Contents/MacOS/Start-Center, so the application folder
 // is the bundle's Resources folder.
