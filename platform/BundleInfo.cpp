@@ -1,0 +1,95 @@
+#include "BundleInfo.h"
+
+#include "CrossPlatformApi.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QXmlStreamReader>
+
+namespace {
+
+std::string toLatin1(const QString& text)
+{
+    return text.toLatin1().toStdString();   // '?' for characters outside Latin-1
+}
+
+QString infoPlistPath(const QString& bundlePath)
+{
+    return bundlePath + QLatin1String("/Contents/Info.plist");
+}
+
+// The string values of the top-level dictionary of a property list; nothing
+// when the file cannot be read or is not well-formed.
+std::map<std::string, std::string> readInfoPlist(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    QXmlStreamReader xml(&file);
+    if (!xml.readNextStartElement() || xml.name() != QLatin1String("plist"))
+        return {};
+    if (!xml.readNextStartElement() || xml.name() != QLatin1String("dict"))
+        return {};
+
+    std::map<std::string, std::string> values;
+    QString key;
+    while (xml.readNextStartElement()) {
+        if (xml.name() == QLatin1String("key")) {
+            key = xml.readElementText();
+            continue;
+        }
+        if (xml.name() == QLatin1String("string") && !key.isNull())
+            values[toLatin1(key)] = toLatin1(xml.readElementText());
+        else
+            xml.skipCurrentElement();
+        key = QString();
+    }
+    if (xml.hasError())
+        return {};
+    return values;
+}
+
+} // namespace
+
+BundleInfo::BundleInfo(const std::string& path)
+    : m_path(path)
+    , m_values(readInfoPlist(infoPlistPath(CrossPlatformApi::toQString(path))))
+{
+}
+
+BundleInfo BundleInfo::forPath(const std::string& path)
+{
+    if (path.empty())
+        return BundleInfo();
+    QString candidate = QDir::cleanPath(QFileInfo(CrossPlatformApi::toQString(path)).absoluteFilePath());
+    for (;;) {
+        if (QFileInfo(infoPlistPath(candidate)).isFile())
+            return BundleInfo(toLatin1(candidate));
+        const QString parent = QFileInfo(candidate).path();
+        if (parent == candidate)
+            return BundleInfo();
+        candidate = parent;
+    }
+}
+
+BundleInfo BundleInfo::mainBundle()
+{
+    return forPath(CrossPlatformApi::executablePath());
+}
+
+std::string BundleInfo::value(const std::string& key) const
+{
+    const auto found = m_values.find(key);
+    return found == m_values.end() ? std::string() : found->second;
+}
+
+std::string mainBundleIdentifier()
+{
+    return BundleInfo::mainBundle().value("CFBundleIdentifier");
+}
+
+std::string mainBundlePath()
+{
+    return BundleInfo::mainBundle().bundlePath();
+}
