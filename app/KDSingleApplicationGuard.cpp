@@ -1,0 +1,779 @@
+#include "KDSingleApplicationGuard.h"
+#include "KDSingleApplicationGuard_p.h"
+
+#include <QBasicTimer>
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QSharedMemory>
+#include <QThread>
+#include <QTimerEvent>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+
+#include <pthread.h>
+#include <signal.h>
+
+namespace {
+
+constexpr int PollInterval = 250;            // ms between two looks at the register
+constexpr int InitialisationTimeout = 60000; // ms a creator gets to initialise the register
+constexpr int InitialisationRetry = 5;       // ms between two looks while waiting for it
+constexpr int OpenAttempts = 3;              // the segment may vanish between create and attach
+
+const char Signature[] = "kdsingleapp";
+static_assert(sizeof(Signature) == sizeof(InstanceRegister::signature), "signature fills its field");
+
+constexpr quint32 PolicyMask = 0xFF;
+constexpr int SlotCountShift = 8;
+constexpr int VersionShift = 28;
+
+quint16 readUInt16(const char* from)
+{
+    quint16 value;
+    std::memcpy(&value, from, sizeof value);
+    return value;
+}
+
+void writeUInt16(char* to, quint16 value)
+{
+    std::memcpy(to, &value, sizeof value);
+}
+
+// kill() with signal 0 only asks whether the process exists; EPERM means it
+// does, but belongs to someone else.
+bool processRuns(qint64 pid)
+{
+    return pid > 0 && (::kill(pid_t(pid), 0) == 0 || errno == EPERM);
+}
+
+KDSingleApplicationGuard::Policy policyFrom(int value)
+{
+    return value == KDSingleApplicationGuard::AutoKillOtherInstances ? KDSingleApplicationGuard::AutoKillOtherInstances
+                                                                     : KDSingleApplicationGuard::NoPolicy;
+}
+
+void warnNotResponding()
+{
+    qWarning("KDSingleApplicationGuard: Instance not responding. ");
+}
+
+// Holds the register's lock for one operation. SIGINT stays blocked meanwhile,
+// so the interrupt handler, which takes the same lock, never finds the register
+// half written and never waits for a lock its own thread holds.
+class LockedRegister
+{
+public:
+    explicit LockedRegister(QSharedMemory& memory)
+        : m_memory(memory)
+    {
+        sigset_t interrupt;
+        sigemptyset(&interrupt);
+        sigaddset(&interrupt, SIGINT);
+        pthread_sigmask(SIG_BLOCK, &interrupt, &m_savedMask);
+        if (!memory.lock()) {
+            pthread_sigmask(SIG_SETMASK, &m_savedMask, nullptr);
+            return;
+        }
+        m_register = static_cast<InstanceRegister*>(memory.data());
+        m_locked = true;
+        if (!m_register)
+            unlock();
+    }
+    ~LockedRegister() { unlock(); }
+    LockedRegister(const LockedRegister&) = delete;
+    LockedRegister& operator=(const LockedRegister&) = delete;
+
+    void unlock()
+    {
+        if (!m_locked)
+            return;
+        m_register = nullptr;
+        m_locked = false;
+        m_memory.unlock();
+        pthread_sigmask(SIG_SETMASK, &m_savedMask, nullptr);
+    }
+
+    explicit operator bool() const { return m_register != nullptr; }
+    InstanceRegister* operator->() const { return m_register; }
+    InstanceRegister& operator*() const { return *m_register; }
+
+private:
+    QSharedMemory& m_memory;
+    InstanceRegister* m_register = nullptr;
+    bool m_locked = false;
+    sigset_t m_savedMask;
+};
+
+// Marks the slots of processes that ended without leaving (killed, crashed)
+// as exited, so that the primary reports and frees them like any other.
+void markVanishedInstances(InstanceRegister& reg)
+{
+    for (ProcessInfo& slot : reg.processInfo) {
+        if (slot.isTaken() && !processRuns(slot.pid))
+            slot.command |= CmdExited;
+    }
+}
+
+bool hasLiveInstance(const InstanceRegister& reg)
+{
+    for (const ProcessInfo& slot : reg.processInfo) {
+        if (slot.isTaken())
+            return true;
+    }
+    return false;
+}
+
+// Slot 0 has been left and no instance is on its way to take it over.
+bool primaryVacant(const InstanceRegister& reg)
+{
+    if (reg.processInfo[0].isTaken())
+        return false;
+    for (const ProcessInfo& slot : reg.processInfo) {
+        if (slot.isTaken() && (slot.command & CmdBecomePrimary))
+            return false;
+    }
+    return true;
+}
+
+void claim(ProcessInfo& slot, const QStringList& arguments, quint32 command)
+{
+    slot.pid = QCoreApplication::applicationPid();
+    slot.command = command;
+    slot.reserved = 0;
+    slot.setArguments(arguments);
+}
+
+} // namespace
+
+// ---------------------------------------------------------------------------
+// Register layout
+
+void ProcessInfo::reset()
+{
+    pid = -1;
+    command = CmdFree;
+    reserved = 0;
+    std::memset(argumentStorage, 0, sizeof argumentStorage);
+    writeUInt16(argumentStorage, RegularEnd);
+}
+
+bool ProcessInfo::isFree() const
+{
+    ProcessInfo freeSlot;
+    freeSlot.reset();
+    return command == freeSlot.command
+        && std::memcmp(argumentStorage, freeSlot.argumentStorage, sizeof argumentStorage) == 0;
+}
+
+bool ProcessInfo::isTaken() const
+{
+    return !(command & (CmdExited | CmdFree));
+}
+
+void ProcessInfo::setArguments(const QStringList& arguments)
+{
+    std::memset(argumentStorage, 0, sizeof argumentStorage);
+    int used = 0;
+    quint16 end = RegularEnd;
+    for (const QString& argument : arguments) {
+        const QByteArray utf8 = argument.toUtf8();
+        const int available = ArgumentBytes - used;
+        // The length field, the bytes, and room for the end marker behind them.
+        const qsizetype required = utf8.size() + 4;
+        if (required > available || utf8.size() > 0xFFFF) {
+            qWarning("KDSingleApplicationGuard: argument list is too long (bytes required: %d, used: %d, available: %d",
+                     int(required), used, available);
+            end = PrematureEnd;
+            break;
+        }
+        writeUInt16(argumentStorage + used, quint16(utf8.size()));
+        std::memcpy(argumentStorage + used + 2, utf8.constData(), size_t(utf8.size()));
+        used += 2 + int(utf8.size());
+    }
+    writeUInt16(argumentStorage + used, end);
+}
+
+QStringList ProcessInfo::arguments(bool* truncated) const
+{
+    QStringList result;
+    *truncated = false;
+    // Each step checks that the argument and the next length field fit, so
+    // 'position' never gets closer than two bytes to the end.
+    int position = 0;
+    for (;;) {
+        const quint16 length = readUInt16(argumentStorage + position);
+        if (length == PrematureEnd) {
+            *truncated = true;
+            break;
+        }
+        if (length == RegularEnd)
+            break;
+        if (length + 4 > ArgumentBytes - position) {
+            qWarning("KDSingleApplicationGuard: inconsistency detected when parsing command-line argument for process %lld",
+                     qlonglong(pid));
+            *truncated = true;
+            break;
+        }
+        result << QString::fromUtf8(argumentStorage + position + 2, length);
+        position += 2 + length;
+    }
+    return result;
+}
+
+void InstanceRegister::initialise(int policy)
+{
+    std::memcpy(signature, Signature, sizeof signature);
+    bitFields = (quint32(SlotCount) << SlotCountShift) | (LayoutVersion << VersionShift);
+    setPolicy(policy);
+    for (ProcessInfo& slot : processInfo)
+        slot.reset();
+}
+
+bool InstanceRegister::isValid() const
+{
+    return std::strncmp(signature, Signature, sizeof signature) == 0;
+}
+
+bool InstanceRegister::isBlank() const
+{
+    static const char zeros[offsetof(InstanceRegister, processInfo)] = {};
+    return std::memcmp(this, zeros, sizeof zeros) == 0;
+}
+
+int InstanceRegister::policy() const
+{
+    return int(bitFields & PolicyMask);
+}
+
+void InstanceRegister::setPolicy(int policy)
+{
+    bitFields = (bitFields & ~PolicyMask) | (quint32(policy) & PolicyMask);
+}
+
+quint32 InstanceRegister::version() const
+{
+    return bitFields >> VersionShift;
+}
+
+void setRegisterKey(QSharedMemory& memory, const QString& applicationName)
+{
+    memory.setKey(applicationName);
+}
+
+// ---------------------------------------------------------------------------
+// Instance
+
+class KDSingleApplicationGuard::Instance::Data : public QSharedData
+{
+public:
+    qint64 pid = -1;
+    QStringList arguments;
+    bool truncated = false;
+};
+
+KDSingleApplicationGuard::Instance::Instance() = default;
+KDSingleApplicationGuard::Instance::Instance(const Instance& other) = default;
+KDSingleApplicationGuard::Instance& KDSingleApplicationGuard::Instance::operator=(const Instance& other) = default;
+KDSingleApplicationGuard::Instance::~Instance() = default;
+
+KDSingleApplicationGuard::Instance::Instance(qint64 pid, const QStringList& arguments, bool truncated)
+    : d(new Data)
+{
+    d->pid = pid;
+    d->arguments = arguments;
+    d->truncated = truncated;
+}
+
+bool KDSingleApplicationGuard::Instance::isValid() const
+{
+    return !d || d->pid < 0;
+}
+
+qint64 KDSingleApplicationGuard::Instance::pid() const
+{
+    return d ? d->pid : -1;
+}
+
+QStringList KDSingleApplicationGuard::Instance::arguments() const
+{
+    return d ? d->arguments : QStringList();
+}
+
+bool KDSingleApplicationGuard::Instance::areArgumentsTruncated() const
+{
+    return d && d->truncated;
+}
+
+// ---------------------------------------------------------------------------
+// Private part
+
+class KDSingleApplicationGuard::Private
+{
+public:
+    Private(KDSingleApplicationGuard* guard, Policy initialPolicy)
+        : q(guard)
+        , policy(initialPolicy)
+    {
+    }
+
+    void start(const QStringList& arguments);
+    void poll();
+    void shutdownInstance();
+    void commandOthers(quint32 command);
+    bool checkOperational(const char* function, const char* purpose) const;
+    bool checkPrimary(const char* function, const char* purpose) const;
+
+    static Instance instanceFrom(const ProcessInfo& slot);
+    static void sendCommand(qint64 pid, quint32 command);
+    static void onInterrupt(int signal);
+
+    static KDSingleApplicationGuard* primaryInstance;
+
+    KDSingleApplicationGuard* const q;
+    QBasicTimer timer;
+    QSharedMemory memory;
+    int id = -1;
+    Policy policy;
+    bool operational = false;
+
+private:
+    bool openSegment(bool* created);
+    bool awaitInitialisation();
+    int registerIn(InstanceRegister& reg, bool created, const QStringList& arguments);
+    void pollAsPrimary();
+    void pollAsSecondary();
+};
+
+KDSingleApplicationGuard* KDSingleApplicationGuard::Private::primaryInstance = nullptr;
+
+void KDSingleApplicationGuard::Private::start(const QStringList& arguments)
+{
+    if (!QCoreApplication::instance()) {
+        qWarning("KDSingleApplicationGuard: you need to construct a Q(Core)Application before you can construct a "
+                 "KDSingleApplicationGuard");
+        return;
+    }
+    const QString name = QCoreApplication::applicationName();
+    if (name.isEmpty()) {
+        qWarning("KDSingleApplicationGuard: QCoreApplication::applicationName must not be emty");
+        return;
+    }
+    qRegisterMetaType<Instance>("KDSingleApplicationGuard::Instance");
+    if (!primaryInstance)
+        primaryInstance = q;
+
+    setRegisterKey(memory, name);
+    bool created = false;
+    if (!openSegment(&created))
+        return;
+    if (!created && !awaitInitialisation()) {
+        memory.detach();
+        return;
+    }
+
+    bool endProcess = false;
+    {
+        LockedRegister reg(memory);
+        if (!reg) {
+            warnNotResponding();
+            memory.detach();
+            return;
+        }
+        id = registerIn(*reg, created, arguments);
+        if (id > 0 && policy == AutoKillOtherInstances) {
+            reg->processInfo[id].command |= CmdExited;
+            id = -1;
+            endProcess = true;
+        }
+    }
+    if (endProcess)
+        std::exit(1);
+    if (id == -1) {
+        qWarning("KDSingleApplicationGuard: all %d slots of the instance register are taken", InstanceRegister::SlotCount);
+        memory.detach();
+        return;
+    }
+
+    struct sigaction action = {};
+    action.sa_handler = &Private::onInterrupt;
+    sigemptyset(&action.sa_mask);
+    sigaction(SIGINT, &action, nullptr);
+    timer.start(PollInterval, q);
+    operational = true;
+}
+
+// Creates the segment, or attaches to the one that exists. A segment left
+// behind by a process that ended without detaching goes away when the last
+// user detaches, hence the attach and detach before the creation.
+bool KDSingleApplicationGuard::Private::openSegment(bool* created)
+{
+    QString notes;
+    for (int attempt = 1;; ++attempt) {
+        if (memory.attach())
+            memory.detach();
+        if (memory.create(sizeof(InstanceRegister))) {
+            *created = true;
+            return true;
+        }
+        const bool existed = memory.error() == QSharedMemory::AlreadyExists;
+        if (!existed)
+            notes = QStringLiteral("QSharedMemory::create failed: %1\n").arg(memory.errorString());
+        if (memory.attach()) {
+            *created = false;
+            return true;
+        }
+        // The last user may have left between our create and attach.
+        if (existed && memory.error() == QSharedMemory::NotFound && attempt < OpenAttempts)
+            continue;
+        if (memory.error() != QSharedMemory::NoError)
+            notes += QStringLiteral("QSharedMemory::attach failed: %1\n").arg(memory.errorString());
+        break;
+    }
+    qWarning("%sKDSingleApplicationGuard: Could neither create nor attach to shared memory segment.\n",
+             qPrintable(notes));
+    return false;
+}
+
+// Waits until the creator has written the header. A header that is neither
+// blank nor valid is no register a guard writes; waiting would not help.
+bool KDSingleApplicationGuard::Private::awaitInitialisation()
+{
+    if (memory.size() < qsizetype(sizeof(InstanceRegister))) {
+        warnNotResponding();
+        return false;
+    }
+    const QDeadlineTimer deadline(InitialisationTimeout);
+    for (;;) {
+        bool valid = false;
+        bool blank = false;
+        quint32 version = 0;
+        {
+            LockedRegister reg(memory);
+            if (!reg)
+                break;
+            valid = reg->isValid();
+            blank = reg->isBlank();
+            version = reg->version();
+        }
+        if (valid && version == InstanceRegister::LayoutVersion)
+            return true;
+        if (valid) {
+            qWarning("KDSingleApplicationGuard: Detected version mismatch. Highest supported version: %ud, actual "
+                     "version: %ud",
+                     InstanceRegister::LayoutVersion, version);
+            return false;
+        }
+        if (!blank || deadline.hasExpired())
+            break;
+        QThread::msleep(InitialisationRetry);
+    }
+    warnNotResponding();
+    return false;
+}
+
+// Takes a slot for this process and returns its index, -1 when all are taken.
+// A register in which nobody lives any more is started afresh, and slot 0
+// left by a primary that ended is taken over, so that a crashed primary never
+// keeps later starts secondary.
+int KDSingleApplicationGuard::Private::registerIn(InstanceRegister& reg, bool created, const QStringList& arguments)
+{
+    if (!created) {
+        markVanishedInstances(reg);
+        created = !hasLiveInstance(reg);
+    }
+    if (created) {
+        reg.initialise(policy);
+        claim(reg.processInfo[0], arguments, CmdNone);
+        return 0;
+    }
+    policy = policyFrom(reg.policy());
+    if (primaryVacant(reg)) {
+        claim(reg.processInfo[0], arguments, CmdNone);
+        return 0;
+    }
+    for (int i = 1; i < InstanceRegister::SlotCount; ++i) {
+        if (reg.processInfo[i].isFree()) {
+            claim(reg.processInfo[i], arguments, CmdNew);
+            return i;
+        }
+    }
+    return -1;
+}
+
+void KDSingleApplicationGuard::Private::poll()
+{
+    if (id == 0)
+        pollAsPrimary();
+    else if (id > 0)
+        pollAsSecondary();
+}
+
+void KDSingleApplicationGuard::Private::pollAsPrimary()
+{
+    QList<Instance> started;
+    QList<Instance> exited;
+    {
+        LockedRegister reg(memory);
+        if (!reg)
+            return;
+        for (int i = 1; i < InstanceRegister::SlotCount; ++i) {
+            ProcessInfo& slot = reg->processInfo[i];
+            if (slot.command & CmdNew) {
+                started << instanceFrom(slot);
+                slot.command &= ~CmdNew;
+            }
+            if (slot.command & CmdExited) {
+                exited << instanceFrom(slot);
+                // The whole slot, not only its command: only a slot equal to
+                // a free one is handed out again.
+                slot.reset();
+            }
+        }
+    }
+    for (const Instance& instance : std::as_const(started))
+        emit q->instanceStarted(instance);
+    for (const Instance& instance : std::as_const(exited))
+        emit q->instanceExited(instance);
+}
+
+void KDSingleApplicationGuard::Private::pollAsSecondary()
+{
+    bool becamePrimary = false;
+    bool raise = false;
+    bool shutdown = false;
+    bool policyHasChanged = false;
+    {
+        LockedRegister reg(memory);
+        if (!reg)
+            return;
+        const Policy registered = policyFrom(reg->policy());
+        policyHasChanged = registered != policy;
+        policy = registered;
+
+        if (reg->processInfo[id].command & CmdBecomePrimary) {
+            reg->processInfo[0] = reg->processInfo[id];
+            reg->processInfo[id].reset();
+            id = 0;
+            becamePrimary = true;
+        }
+        ProcessInfo& own = reg->processInfo[id];
+        if (own.command & CmdRaise) {
+            raise = true;
+            own.command &= ~CmdRaise;
+        }
+        const bool kill = own.command & CmdKill;
+        shutdown = own.command & CmdShutdown;
+        own.command &= ~(CmdShutdown | CmdKill | CmdBecomePrimary);
+        if (kill) {
+            own.command |= CmdExited;
+            id = -1;
+            reg.unlock();
+            std::exit(1);
+        }
+    }
+    if (becamePrimary)
+        emit q->becamePrimaryInstance();
+    if (raise)
+        emit q->raiseRequested();
+    if (shutdown)
+        QCoreApplication::quit();
+    else if (policyHasChanged)
+        emit q->policyChanged(policy);
+}
+
+// Leaves the register. A primary hands slot 0 to the first live instance,
+// which takes it over at its next poll.
+void KDSingleApplicationGuard::Private::shutdownInstance()
+{
+    LockedRegister reg(memory);
+    if (!reg)
+        return;
+    reg->processInfo[id].command |= CmdExited;
+    if (id == 0) {
+        for (int i = 1; i < InstanceRegister::SlotCount; ++i) {
+            ProcessInfo& slot = reg->processInfo[i];
+            if (!(slot.command & (CmdExited | CmdFree | CmdShutdown | CmdKill)) && processRuns(slot.pid)) {
+                slot.command |= CmdBecomePrimary;
+                break;
+            }
+        }
+    }
+    id = -1;
+}
+
+void KDSingleApplicationGuard::Private::commandOthers(quint32 command)
+{
+    LockedRegister reg(memory);
+    if (!reg)
+        return;
+    for (int i = 1; i < InstanceRegister::SlotCount; ++i) {
+        if (reg->processInfo[i].isTaken())
+            reg->processInfo[i].command = command;
+    }
+}
+
+bool KDSingleApplicationGuard::Private::checkOperational(const char* function, const char* purpose) const
+{
+    if (operational)
+        return true;
+    qWarning("KDSingleApplicationGuard::%s: need to be operational to %s", function, purpose);
+    return false;
+}
+
+bool KDSingleApplicationGuard::Private::checkPrimary(const char* function, const char* purpose) const
+{
+    if (!checkOperational(function, purpose))
+        return false;
+    if (id == 0)
+        return true;
+    qWarning("KDSingleApplicationGuard::%s: need to be primary to %s", function, purpose);
+    return false;
+}
+
+KDSingleApplicationGuard::Instance KDSingleApplicationGuard::Private::instanceFrom(const ProcessInfo& slot)
+{
+    bool truncated = false;
+    const QStringList arguments = slot.arguments(&truncated);
+    return Instance(slot.pid, arguments, truncated);
+}
+
+void KDSingleApplicationGuard::Private::sendCommand(qint64 pid, quint32 command)
+{
+    if (!primaryInstance || !primaryInstance->d->operational)
+        return;
+    LockedRegister reg(primaryInstance->d->memory);
+    if (!reg)
+        return;
+    for (ProcessInfo& slot : reg->processInfo) {
+        if (slot.pid == pid && slot.isTaken()) {
+            slot.command = command;
+            return;
+        }
+    }
+}
+
+void KDSingleApplicationGuard::Private::onInterrupt(int signal)
+{
+    if (signal == SIGINT && primaryInstance && primaryInstance->d->id != -1)
+        primaryInstance->d->shutdownInstance();
+    std::_Exit(1);
+}
+
+void KDSingleApplicationGuard::Instance::raise()
+{
+    Private::sendCommand(pid(), CmdRaise);
+}
+
+void KDSingleApplicationGuard::Instance::shutdown()
+{
+    Private::sendCommand(pid(), CmdShutdown);
+}
+
+void KDSingleApplicationGuard::Instance::kill()
+{
+    Private::sendCommand(pid(), CmdKill);
+}
+
+// ---------------------------------------------------------------------------
+// Guard
+
+KDSingleApplicationGuard::KDSingleApplicationGuard(QObject* parent)
+    : KDSingleApplicationGuard(QCoreApplication::arguments(), NoPolicy, parent)
+{
+}
+
+KDSingleApplicationGuard::KDSingleApplicationGuard(Policy policy, QObject* parent)
+    : KDSingleApplicationGuard(QCoreApplication::arguments(), policy, parent)
+{
+}
+
+KDSingleApplicationGuard::KDSingleApplicationGuard(const QStringList& arguments, QObject* parent)
+    : KDSingleApplicationGuard(arguments, NoPolicy, parent)
+{
+}
+
+KDSingleApplicationGuard::KDSingleApplicationGuard(const QStringList& arguments, Policy policy, QObject* parent)
+    : QObject(parent)
+    , d(new Private(this, policy))
+{
+    d->start(arguments);
+}
+
+KDSingleApplicationGuard::~KDSingleApplicationGuard()
+{
+    if (d->id != -1)
+        d->shutdownInstance();
+    if (Private::primaryInstance == this)
+        Private::primaryInstance = nullptr;
+}
+
+bool KDSingleApplicationGuard::isOperational() const
+{
+    return d->operational;
+}
+
+bool KDSingleApplicationGuard::isValid() const
+{
+    return isOperational();
+}
+
+bool KDSingleApplicationGuard::isPrimaryInstance() const
+{
+    return d->id == 0;
+}
+
+KDSingleApplicationGuard::Policy KDSingleApplicationGuard::policy() const
+{
+    return d->policy;
+}
+
+void KDSingleApplicationGuard::setPolicy(Policy policy)
+{
+    if (!d->checkPrimary("setPolicy", "change the policy") || policy == d->policy)
+        return;
+    d->policy = policy;
+    {
+        LockedRegister reg(d->memory);
+        if (reg)
+            reg->setPolicy(policy);
+    }
+    emit policyChanged(policy);
+}
+
+QList<KDSingleApplicationGuard::Instance> KDSingleApplicationGuard::instances() const
+{
+    QList<Instance> result;
+    if (!d->checkOperational("instances", "report on other instances"))
+        return result;
+    LockedRegister reg(d->memory);
+    if (!reg)
+        return result;
+    for (const ProcessInfo& slot : reg->processInfo) {
+        if (slot.isTaken())
+            result << Private::instanceFrom(slot);
+    }
+    return result;
+}
+
+void KDSingleApplicationGuard::shutdownOtherInstances()
+{
+    if (d->checkPrimary("shutdownOtherInstances", "shut other instances down"))
+        d->commandOthers(CmdShutdown);
+}
+
+void KDSingleApplicationGuard::killOtherInstances()
+{
+    if (d->checkPrimary("killOtherInstances", "kill other instances"))
+        d->commandOthers(CmdKill);
+}
+
+void KDSingleApplicationGuard::timerEvent(QTimerEvent* event)
+{
+    if (event->timerId() == d->timer.timerId())
+        d->poll();
+    else
+        QObject::timerEvent(event);
+}

@@ -1,0 +1,108 @@
+#pragma once
+
+#include <QList>
+#include <QMetaType>
+#include <QObject>
+#include <QSharedDataPointer>
+#include <QStringList>
+
+#include <memory>
+
+// Keeps one running instance per application name and user session. All
+// instances share a register in shared memory keyed by
+// QCoreApplication::applicationName(); the first one is the primary instance,
+// later ones register as secondary instances and hand over their command line.
+// Every instance looks at the register every 250 ms, so the primary learns of
+// a new start through instanceStarted() within one interval.
+//
+// A guard that cannot reach the register (no application object, no name,
+// no shared memory, register full or unreadable) warns and stays
+// non-operational; the program may then run as if it were alone.
+class KDSingleApplicationGuard : public QObject
+{
+    Q_OBJECT
+    Q_PROPERTY(bool operational READ isOperational)
+    Q_PROPERTY(bool primaryInstance READ isPrimaryInstance NOTIFY becamePrimaryInstance)
+    Q_PROPERTY(Policy policy READ policy WRITE setPolicy NOTIFY policyChanged)
+
+public:
+    enum Policy {
+        NoPolicy = 0,
+        AutoKillOtherInstances = 1, // a later start ends itself at once with exit code 1
+    };
+    Q_ENUM(Policy)
+
+    class Instance;
+
+    // Without an argument list the guard registers QCoreApplication::arguments().
+    explicit KDSingleApplicationGuard(QObject* parent = nullptr);
+    explicit KDSingleApplicationGuard(Policy policy, QObject* parent = nullptr);
+    explicit KDSingleApplicationGuard(const QStringList& arguments, QObject* parent = nullptr);
+    KDSingleApplicationGuard(const QStringList& arguments, Policy policy, QObject* parent = nullptr);
+    // Leaves the register; a primary hands slot 0 to the next live instance.
+    ~KDSingleApplicationGuard() override;
+
+    bool isOperational() const;
+    // Same as isOperational(); the start-up code asks under this name.
+    bool isValid() const;
+    bool isPrimaryInstance() const;
+
+    Policy policy() const;
+    // Primary only: stores the policy in the register for all instances.
+    void setPolicy(Policy policy);
+
+    // The instances registered right now, this one included.
+    QList<Instance> instances() const;
+
+Q_SIGNALS:
+    void instanceStarted(const KDSingleApplicationGuard::Instance& instance);
+    void instanceExited(const KDSingleApplicationGuard::Instance& instance);
+    void raiseRequested();
+    void becamePrimaryInstance();
+    void policyChanged(KDSingleApplicationGuard::Policy policy);
+
+public Q_SLOTS:
+    // Primary only: asks every other instance to quit its event loop / to end at once.
+    void shutdownOtherInstances();
+    void killOtherInstances();
+
+protected:
+    void timerEvent(QTimerEvent* event) override;
+
+private:
+    class Private;
+    std::unique_ptr<Private> d;
+};
+
+// One registered process as the register describes it: its id, its argument
+// list and whether that list was cut to fit the register.
+class KDSingleApplicationGuard::Instance
+{
+public:
+    Instance();
+    Instance(const Instance& other);
+    Instance& operator=(const Instance& other);
+    ~Instance();
+
+    // Deliberately inverted: true for an empty object or a negative process
+    // id, false for a real process. Callers rely on it as it is.
+    bool isValid() const;
+    qint64 pid() const; // -1 when empty
+    QStringList arguments() const;
+    bool areArgumentsTruncated() const;
+
+    // Commands to the process, delivered through the register by the first
+    // guard of this process; ignored once the process has left.
+    void raise();
+    void shutdown();
+    void kill();
+
+private:
+    friend class KDSingleApplicationGuard::Private;
+    Instance(qint64 pid, const QStringList& arguments, bool truncated);
+
+    class Data;
+    QSharedDataPointer<Data> d;
+};
+
+Q_DECLARE_METATYPE(KDSingleApplicationGuard::Instance)
