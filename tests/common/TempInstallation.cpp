@@ -31,7 +31,7 @@ TempInstallation::TempInstallation()
     setEnv("XDG_CACHE_HOME", home() + QStringLiteral("/.cache"));
     setEnv("XDG_STATE_HOME", home() + QStringLiteral("/.local/state"));
     setEnv("XDG_DOCUMENTS_DIR", home() + QStringLiteral("/Documents"));
-    setEnv("SC_COMMON_APPDATA", root() + QStringLiteral("/shared"));
+    setEnv("SC_COMMON_APPDATA", m_dir.path() + QStringLiteral("/shared"));
 
     CrossPlatformApi::overrideExecutablePath(executablePath().toLocal8Bit().toStdString());
 }
