@@ -1,0 +1,418 @@
+#include "IniFile.h"
+
+#include "CrossPlatformApi.h"
+#include "Exceptions.h"
+#include "File.h"
+#include "NvAssert.h"
+#include "StringFunctions.h"
+
+#include <atomic>
+#include <cerrno>
+#include <climits>
+#include <cstring>
+#include <sstream>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+const char cszIniFileNotFound[] = "Inidatei \"%0\" nicht gefunden.";
+
+namespace {
+
+// Lines are read into a buffer of this size: a line of this length or more
+// ends the parse, and the rest of the file is not read.
+constexpr std::size_t LineBufferSize = 4096;
+
+std::string orEmpty(const char* text)
+{
+    return text ? std::string(text) : std::string();
+}
+
+// The white space skipped before every line, as the C locale's isspace.
+bool isWhiteSpace(char c)
+{
+    return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\v' || c == '\f';
+}
+
+std::string_view stripSpaces(std::string_view text)
+{
+    const auto first = text.find_first_not_of(' ');
+    if (first == std::string_view::npos)
+        return {};
+    return text.substr(first, text.find_last_not_of(' ') - first + 1);
+}
+
+std::string readAll(int fd, off_t sizeHint)
+{
+    std::string data(sizeHint > 0 ? std::size_t(sizeHint) + 1 : 4096, '\0');
+    std::size_t filled = 0;
+    for (;;) {
+        if (filled == data.size())
+            data.resize(data.size() * 2);
+        const ssize_t n = ::read(fd, data.data() + filled, data.size() - filled);
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n <= 0)
+            break;
+        filled += std::size_t(n);
+    }
+    data.resize(filled);
+    return data;
+}
+
+bool writeAll(int fd, const std::string& content)
+{
+    const char* data = content.data();
+    std::size_t left = content.size();
+    while (left > 0) {
+        const ssize_t n = ::write(fd, data, left);
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n <= 0)
+            return false;
+        data += n;
+        left -= std::size_t(n);
+    }
+    return true;
+}
+
+// A settings file reached through a symbolic link is replaced where it lies.
+std::string writeTarget(const std::string& nativePath)
+{
+    struct stat info;
+    if (::lstat(nativePath.c_str(), &info) != 0 || !S_ISLNK(info.st_mode))
+        return nativePath;
+    char resolved[PATH_MAX];
+    return ::realpath(nativePath.c_str(), resolved) ? std::string(resolved) : nativePath;
+}
+
+// Writes the content to a new file beside the target and renames it over the
+// target, so that a failed write (full disk, unwritable folder) leaves the old
+// file as it was instead of truncated. The target keeps its permissions.
+bool replaceFileContent(const std::string& path, const std::string& content)
+{
+    const std::string target = writeTarget(CrossPlatformApi::fileSystemEncoding(path));
+    if (target.empty())
+        return false;
+    struct stat info;
+    const bool existed = ::stat(target.c_str(), &info) == 0;
+
+    static std::atomic<unsigned> counter{0};
+    std::string tempPath;
+    int fd = -1;
+    for (int attempt = 0; attempt < 100 && fd < 0; ++attempt) {
+        tempPath = target + '.' + std::to_string(::getpid()) + '.' + std::to_string(counter++) + ".tmp";
+        fd = ::open(tempPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (fd < 0 && errno != EEXIST)
+            return false;
+    }
+    if (fd < 0)
+        return false;
+
+    bool ok = writeAll(fd, content) && (!existed || ::fchmod(fd, info.st_mode & 07777) == 0)
+              && ::fsync(fd) == 0;
+    ok = ::close(fd) == 0 && ok;
+    ok = ok && ::rename(tempPath.c_str(), target.c_str()) == 0;
+    if (!ok)
+        ::unlink(tempPath.c_str());
+    return ok;
+}
+
+template<class Number>
+bool readNumber(const std::string& text, Number& value)
+{
+    std::istringstream in(text);
+    in >> value;
+    return !in.fail();
+}
+
+} // namespace
+
+// The section that keys of the line being parsed go to; its key map is looked
+// up when the first key arrives, since a header alone creates no section.
+struct cIniFile::ParseState
+{
+    std::string section;
+    KeyMap* keys = nullptr;
+};
+
+cIniFile::cIniFile() = default;
+
+cIniFile::cIniFile(const std::string& path, bool caseSensitive, bool semicolonIsText)
+    : m_caseSensitive(caseSensitive)
+    , m_semicolonIsText(semicolonIsText)
+{
+    SetPath(path);
+}
+
+cIniFile::cIniFile(const cIniFile& other)
+    : m_path(other.m_path)
+    , m_sections(other.m_sections)
+    , m_caseSensitive(other.m_caseSensitive)
+    , m_semicolonIsText(other.m_semicolonIsText)
+{
+}
+
+cIniFile& cIniFile::operator=(const cIniFile& other)
+{
+    m_path = other.m_path;
+    m_sections = other.m_sections;
+    m_caseSensitive = other.m_caseSensitive;
+    m_semicolonIsText = other.m_semicolonIsText;
+    return *this;
+}
+
+cIniFile::~cIniFile()
+{
+    Flush();
+}
+
+void cIniFile::requireExisting(const std::string& path)
+{
+    if (!cFile(path).Exists())
+        throw xNvMessageExc(cRef<cUserMessage>(new cStringMessage(cszIniFileNotFound))) << path;
+}
+
+std::string cIniFile::GetPath() const
+{
+    return m_path;
+}
+
+void cIniFile::SetPath(const std::string& path)
+{
+    Flush();
+    m_path = path;
+    m_sections.clear();
+    m_timestamp = 0;
+    ParseIni();
+}
+
+void cIniFile::MaybeParseIni()
+{
+    const cFile file(m_path);
+    if (m_timestamp == 0) {
+        if (!file.Exists())
+            return;
+    } else {
+        // 0: the file is gone or unreadable, and what is in memory stays.
+        const int modified = file.GetModificationTimestamp();
+        if (modified == 0 || modified <= m_timestamp)
+            return;
+    }
+    SetPath(m_path);
+}
+
+std::string cIniFile::GetString(const char* section, const char* key, const char* defaultValue)
+{
+    MaybeParseIni();
+    const std::string* value = FindKey(orEmpty(section), orEmpty(key));
+    if (value && !value->empty())
+        return *value;
+    return orEmpty(defaultValue);
+}
+
+int cIniFile::GetInt(const char* section, const char* key, int defaultValue)
+{
+    const std::string text = GetString(section, key, "");
+    if (text.empty())
+        return defaultValue;
+    int value = 0;
+    if (!readNumber(text, value))
+        NV_ASSERT_AT(!"Kein Int Wert", "cIniFile", 106);
+    return value;
+}
+
+unsigned int cIniFile::GetUnsignedInt(const char* section, const char* key, unsigned int defaultValue)
+{
+    const std::string text = GetString(section, key, "");
+    if (text.empty())
+        return defaultValue;
+    unsigned int value = 0;
+    if (!readNumber(text, value))
+        NV_ASSERT_AT(!"Kein unsigned Int Wert", "cIniFile", 128);
+    return value;
+}
+
+bool cIniFile::WriteString(const char* section, const char* key, const char* value)
+{
+    if (key)
+        AddToMap(orEmpty(section), key, orEmpty(value));
+    else
+        SectionKeys(orEmpty(section)).clear();
+    m_modified = true;
+    Flush();
+    return true;
+}
+
+bool cIniFile::WriteInt(const char* section, const char* key, int value)
+{
+    return WriteString(section, key, StringFunctions::intToString(value).c_str());
+}
+
+bool cIniFile::Contains(const char* section, const char* key) const
+{
+    if (!section || !*section || !key || !*key)
+        return false;
+    return FindKey(section, key) != nullptr;
+}
+
+std::vector<std::string> cIniFile::GetSections() const
+{
+    std::vector<std::string> names;
+    names.reserve(m_sections.size());
+    for (const auto& entry : m_sections)
+        names.push_back(entry.first);
+    return names;
+}
+
+const cIniFile::KeyMap* cIniFile::FindSection(const std::string& name) const
+{
+    const auto it = m_sections.find(name);
+    return it == m_sections.end() ? nullptr : &it->second;
+}
+
+const std::string* cIniFile::FindKey(const std::string& section, const std::string& key) const
+{
+    std::string sectionName = section;
+    std::string keyName = key;
+    FoldCase(sectionName);
+    FoldCase(keyName);
+    const KeyMap* keys = FindSection(sectionName);
+    if (!keys)
+        return nullptr;
+    const auto it = keys->find(keyName);
+    return it == keys->end() ? nullptr : &it->second;
+}
+
+void cIniFile::Flush()
+{
+    if (!m_modified)
+        return;
+    replaceFileContent(m_path, Serialize());
+    m_modified = false;
+}
+
+void cIniFile::SaveAs(const std::string& path)
+{
+    m_path = path;
+    m_modified = true;
+    Flush();
+}
+
+void cIniFile::ParseIni()
+{
+    const int fd = ::open(CrossPlatformApi::fileSystemEncoding(m_path).c_str(),
+                          O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (fd < 0)
+        return;
+    struct stat info;
+    if (::fstat(fd, &info) == 0) {
+        ParseText(readAll(fd, info.st_size));
+        m_timestamp = static_cast<std::int32_t>(info.st_mtime);
+    }
+    ::close(fd);
+}
+
+// The whole file is read at once and scanned here line by line: white space
+// before a line is skipped, a line ends at a line feed, and a line that does
+// not fit the line buffer ends the parse.
+void cIniFile::ParseText(std::string_view text)
+{
+    ParseState state;
+    std::size_t pos = 0;
+    for (;;) {
+        while (pos < text.size() && isWhiteSpace(text[pos]))
+            ++pos;
+        if (pos >= text.size())
+            break;
+        const std::size_t lineFeed = text.find('\n', pos);
+        const std::size_t length = (lineFeed == std::string_view::npos ? text.size() : lineFeed) - pos;
+        if (length >= LineBufferSize)
+            break;
+        std::string_view line = text.substr(pos, length);
+        pos += length + 1;
+
+        // The line buffer is a C string: a zero byte ends its text.
+        line = line.substr(0, line.find('\0'));
+        line = RemoveCommentAndTrailingWhiteSpaces(line);
+        if (line.empty())
+            continue;
+        if (!ParseSection(line, state))
+            ParseKey(line, state);
+    }
+}
+
+std::string_view cIniFile::RemoveCommentAndTrailingWhiteSpaces(std::string_view line) const
+{
+    if (!m_semicolonIsText)
+        line = line.substr(0, line.find(';'));
+    const auto last = line.find_last_not_of(" \t");
+    return last == std::string_view::npos ? std::string_view() : line.substr(0, last + 1);
+}
+
+bool cIniFile::ParseSection(std::string_view line, ParseState& state)
+{
+    if (line.front() != '[')
+        return false;
+    const auto close = line.find(']');
+    if (close == std::string_view::npos)
+        return false;
+    state.section.assign(line.substr(1, close - 1));
+    state.keys = nullptr;
+    return true;
+}
+
+void cIniFile::ParseKey(std::string_view line, ParseState& state)
+{
+    const auto equals = line.find('=');
+    if (equals == std::string_view::npos || equals == 0)
+        return;
+    if (!state.keys)
+        state.keys = &SectionKeys(state.section);
+    StoreKey(*state.keys, line.substr(0, equals), line.substr(equals + 1));
+}
+
+void cIniFile::AddToMap(const std::string& section, std::string_view key, std::string_view value)
+{
+    StoreKey(SectionKeys(section), key, value);
+}
+
+cIniFile::KeyMap& cIniFile::SectionKeys(std::string name)
+{
+    FoldCase(name);
+    return m_sections[std::move(name)];
+}
+
+void cIniFile::StoreKey(KeyMap& keys, std::string_view key, std::string_view value) const
+{
+    std::string name(stripSpaces(key));
+    FoldCase(name);
+    const auto lastNonReturn = value.find_last_not_of('\r');
+    value = value.substr(0, lastNonReturn == std::string_view::npos ? 0 : lastNonReturn + 1);
+    keys.insert_or_assign(std::move(name), std::string(stripSpaces(value)));
+}
+
+void cIniFile::FoldCase(std::string& name) const
+{
+    if (!m_caseSensitive)
+        StringFunctions::toLower(name);
+}
+
+std::string cIniFile::Serialize() const
+{
+    std::string out;
+    for (const auto& [section, keys] : m_sections) {
+        out += '[';
+        out += section;
+        out += "]\r\n";
+        for (const auto& [key, value] : keys) {
+            out += key;
+            out += '=';
+            out += value;
+            out += "\r\n";
+        }
+        out += "\r\n";
+    }
+    return out;
+}
