@@ -1,0 +1,320 @@
+#include "SCAppStyle.h"
+
+#include "ColorManager.h"
+#include "SCColors.h"
+
+#include <QApplication>
+#include <QLinearGradient>
+#include <QPainter>
+#include <QScreen>
+#include <QStyleFactory>
+#include <QStyleOption>
+
+#include <algorithm>
+
+namespace {
+
+struct CustomMetricValues
+{
+    int normal;
+    int large;
+};
+
+// Indexed by the metric's number counted from PM_CustomBase; number 5 is
+// left to the base style.
+constexpr int customMetricCount = 12;
+constexpr std::optional<CustomMetricValues> customMetrics[customMetricCount + 1] = {
+    std::nullopt,                      //  0: base style
+    CustomMetricValues{460, 570},      //  1: page width
+    CustomMetricValues{400, 440},      //  2: page height
+    CustomMetricValues{740, 960},      //  3: main window width
+    CustomMetricValues{544, 610},      //  4: main window height
+    std::nullopt,                      //  5: base style
+    CustomMetricValues{60, 70},        //  6
+    CustomMetricValues{740, 960},      //  7: header picture width
+    CustomMetricValues{82, 106},       //  8: header picture height
+    CustomMetricValues{200, 280},      //  9: divider between the mode buttons
+    CustomMetricValues{5, 20},         // 10
+    CustomMetricValues{18, 18},        // 11
+    CustomMetricValues{12, 12},        // 12
+};
+
+constexpr qreal cornerRadius = 3.0;
+
+QSize primaryScreenSize()
+{
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    return screen ? screen->geometry().size() : QSize();
+}
+
+// The colours of the drawing layer, from the colour file.
+struct DrawingColors
+{
+    QColor buttonTop;
+    QColor buttonBottom;
+    QColor highlight;
+    QColor frame;
+    QColor groove;
+};
+
+DrawingColors drawingColors()
+{
+    return DrawingColors{
+        SCColors::getColor(SCColors::keyToolbarGradientTop, QColor(255, 255, 255)),
+        SCColors::getColor(SCColors::keyToolbarGradientBottom, QColor(218, 225, 232)),
+        SCColors::getMenuHighlightColor(),
+        SCColors::getSplitterFrameColor(),
+        SCColors::getDefaultControlBackgroundColor().darker(108),
+    };
+}
+
+// A rounded panel filled with a gradient running across `direction`; no
+// border when `border` is invalid.
+void drawGradientPanel(QPainter* painter, const QRectF& rect, const QColor& start,
+                       const QColor& end, const QColor& border, Qt::Orientation direction)
+{
+    const QRectF panel = rect.adjusted(0.5, 0.5, -0.5, -0.5);
+    QLinearGradient gradient(panel.topLeft(),
+                             direction == Qt::Vertical ? panel.bottomLeft() : panel.topRight());
+    gradient.setColorAt(0.0, start);
+    gradient.setColorAt(1.0, end);
+    painter->save();
+    painter->setRenderHint(QPainter::Antialiasing);
+    painter->setPen(border.isValid() ? QPen(border) : QPen(Qt::NoPen));
+    painter->setBrush(gradient);
+    painter->drawRoundedRect(panel, cornerRadius, cornerRadius);
+    painter->restore();
+}
+
+void drawButtonPanel(const QStyleOption* option, QPainter* painter)
+{
+    const DrawingColors colors = drawingColors();
+    const QStyle::State state = option->state;
+    const bool enabled = state & QStyle::State_Enabled;
+    QColor top = colors.buttonTop;
+    QColor bottom = colors.buttonBottom;
+    if (enabled && (state & (QStyle::State_Sunken | QStyle::State_On))) {
+        top = colors.highlight.lighter(125);
+        bottom = colors.highlight.lighter(165);
+    } else if (enabled && (state & QStyle::State_MouseOver)) {
+        top = colors.highlight.lighter(175);
+        bottom = colors.highlight.lighter(135);
+    }
+    drawGradientPanel(painter, option->rect, top, bottom, colors.frame, Qt::Vertical);
+}
+
+void drawRoundedFrame(const QStyleOption* option, QPainter* painter)
+{
+    painter->save();
+    painter->setRenderHint(QPainter::Antialiasing);
+    painter->setPen(drawingColors().frame);
+    painter->setBrush(Qt::NoBrush);
+    painter->drawRoundedRect(QRectF(option->rect).adjusted(0.5, 0.5, -0.5, -0.5), cornerRadius,
+                             cornerRadius);
+    painter->restore();
+}
+
+} // namespace
+
+SCAppStyle::SCAppStyle(const QString& factoryStyleName)
+    : QProxyStyle(QStyleFactory::keys().contains(factoryStyleName, Qt::CaseInsensitive)
+                      ? QStyleFactory::create(factoryStyleName)
+                      : QStyleFactory::create(QStringLiteral("Fusion")))
+{
+}
+
+QStyle* SCAppStyle::createStyle(const QString& baseStyleName)
+{
+    if (baseStyleName == QLatin1String("QWindowsStyle"))
+        return new SCAppStyleTemplate<BaseStyle::QWindowsStyle>;
+    if (baseStyleName == QLatin1String("QPlastiqueStyle"))
+        return new SCAppStyleTemplate<BaseStyle::QPlastiqueStyle>;
+    if (baseStyleName == QLatin1String("QCDEStyle"))
+        return new SCAppStyleTemplate<BaseStyle::QCDEStyle>;
+    if (baseStyleName == QLatin1String("QMotifStyle"))
+        return new SCAppStyleTemplate<BaseStyle::QMotifStyle>;
+    // "MacStyle", written without the "Q" of the others, and every other name.
+    return new SCAppStyleTemplate<BaseStyle::QMacStyle>;
+}
+
+void SCAppStyle::installApplicationLook(const QString& baseStyleName)
+{
+    QStyle* style = createStyle(baseStyleName);
+    QApplication::setStyle(style);
+    QApplication::setPalette(style->standardPalette());
+}
+
+bool SCAppStyle::isLargeScreen(const QSize& screenSize)
+{
+    return screenSize.width() >= 1024 && screenSize.height() >= 768;
+}
+
+std::optional<int> SCAppStyle::customPixelMetric(int number, const QSize& screenSize)
+{
+    if (number < 0 || number > customMetricCount || !customMetrics[number])
+        return std::nullopt;
+    return isLargeScreen(screenSize) ? customMetrics[number]->large : customMetrics[number]->normal;
+}
+
+int SCAppStyle::pixelMetric(PixelMetric metric, const QStyleOption* option,
+                            const QWidget* widget) const
+{
+    if (metric >= PM_CustomBase) {
+        if (const std::optional<int> value = customPixelMetric(metric - PM_CustomBase,
+                                                               primaryScreenSize()))
+            return *value;
+        return QProxyStyle::pixelMetric(metric, option, widget);
+    }
+    switch (metric) {
+    case PM_DefaultFrameWidth:
+        return 2;
+    case PM_SplitterWidth:
+        return 5;
+    case PM_ScrollBarExtent:
+        return 14;
+    case PM_ScrollBarSliderMin:
+        return 24;
+    case PM_IndicatorWidth:
+    case PM_IndicatorHeight:
+    case PM_ExclusiveIndicatorWidth:
+    case PM_ExclusiveIndicatorHeight:
+        return 14;
+    default:
+        return QProxyStyle::pixelMetric(metric, option, widget);
+    }
+}
+
+// Scroll bars have no arrow buttons: the slider runs along the whole groove.
+QRect SCAppStyle::subControlRect(ComplexControl control, const QStyleOptionComplex* option,
+                                 SubControl subControl, const QWidget* widget) const
+{
+    const auto* bar = qstyleoption_cast<const QStyleOptionSlider*>(option);
+    if (control != CC_ScrollBar || !bar)
+        return QProxyStyle::subControlRect(control, option, subControl, widget);
+
+    const QRect groove = bar->rect;
+    const bool horizontal = bar->orientation == Qt::Horizontal;
+    const int length = horizontal ? groove.width() : groove.height();
+    const qint64 range = qint64(bar->maximum) - bar->minimum;
+    const qint64 proportional =
+        range > 0 ? qint64(length) * bar->pageStep / (range + bar->pageStep) : length;
+    const int minimum = std::min(pixelMetric(PM_ScrollBarSliderMin, bar, widget), length);
+    const int sliderLength = int(std::clamp<qint64>(proportional, minimum, length));
+    const int sliderStart = sliderPositionFromValue(bar->minimum, bar->maximum, bar->sliderPosition,
+                                                    length - sliderLength, bar->upsideDown);
+
+    const auto span = [&](int from, int to) {
+        const QRect rect = horizontal
+            ? QRect(groove.x() + from, groove.y(), to - from, groove.height())
+            : QRect(groove.x(), groove.y() + from, groove.width(), to - from);
+        return visualRect(bar->direction, groove, rect);
+    };
+    switch (subControl) {
+    case SC_ScrollBarGroove:
+        return groove;
+    case SC_ScrollBarSlider:
+        return span(sliderStart, sliderStart + sliderLength);
+    case SC_ScrollBarSubPage:
+        return span(0, sliderStart);
+    case SC_ScrollBarAddPage:
+        return span(sliderStart + sliderLength, length);
+    default:
+        return QRect();
+    }
+}
+
+void SCAppStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option,
+                               QPainter* painter, const QWidget* widget) const
+{
+    switch (element) {
+    case PE_PanelButtonTool:
+    case PE_PanelButtonCommand:
+        drawButtonPanel(option, painter);
+        return;
+    case PE_Frame:
+    case PE_FrameGroupBox:
+        drawRoundedFrame(option, painter);
+        return;
+    default:
+        QProxyStyle::drawPrimitive(element, option, painter, widget);
+    }
+}
+
+void SCAppStyle::drawControl(ControlElement element, const QStyleOption* option,
+                             QPainter* painter, const QWidget* widget) const
+{
+    if (element != CE_ToolBar) {
+        QProxyStyle::drawControl(element, option, painter, widget);
+        return;
+    }
+    const DrawingColors colors = drawingColors();
+    const bool horizontal = option->state & State_Horizontal;
+    QLinearGradient gradient(option->rect.topLeft(),
+                             horizontal ? option->rect.bottomLeft() : option->rect.topRight());
+    gradient.setColorAt(0.0, colors.buttonTop);
+    gradient.setColorAt(1.0, colors.buttonBottom);
+    painter->fillRect(option->rect, gradient);
+}
+
+void SCAppStyle::drawComplexControl(ComplexControl control, const QStyleOptionComplex* option,
+                                    QPainter* painter, const QWidget* widget) const
+{
+    const auto* bar = qstyleoption_cast<const QStyleOptionSlider*>(option);
+    if (control != CC_ScrollBar || !bar) {
+        QProxyStyle::drawComplexControl(control, option, painter, widget);
+        return;
+    }
+    const DrawingColors colors = drawingColors();
+    painter->fillRect(bar->rect, colors.groove);
+    if (!(bar->state & State_Enabled) || bar->maximum <= bar->minimum)
+        return;
+
+    const QRect slider = subControlRect(CC_ScrollBar, bar, SC_ScrollBarSlider, widget)
+                             .adjusted(2, 2, -2, -2);
+    const bool active = (bar->activeSubControls & SC_ScrollBarSlider)
+        && (bar->state & (State_MouseOver | State_Sunken));
+    const QColor start = active ? colors.highlight.lighter(150) : colors.buttonTop;
+    const QColor end = active ? colors.highlight : colors.buttonBottom;
+    // The gradient runs across the slider.
+    const Qt::Orientation across = bar->orientation == Qt::Horizontal ? Qt::Vertical : Qt::Horizontal;
+    drawGradientPanel(painter, slider, start, end, colors.frame, across);
+}
+
+QPalette SCAppStyle::standardPalette() const
+{
+    if (m_palette)
+        return *m_palette;
+
+    ColorManager::theInstance()->init(SCColors::sectColors, true);
+
+    const QColor window = SCColors::getDefaultBackgroundColor();
+    const QColor base = SCColors::getDefaultControlBackgroundColor();
+    const QColor button = SCColors::getColor(SCColors::keyBackground,
+                                             QColor(240, 240, 240));
+    const QColor light = SCColors::getColor(SCColors::keyLight, QColor(Qt::white));
+    const QColor dark = SCColors::getColor(SCColors::keyDark, QColor(160, 160, 160));
+    const QColor text = SCColors::getColor(SCColors::keyNormalText, QColor(Qt::black));
+    const QColor windowText = SCColors::getColor(SCColors::keyDefaultFrg,
+                                                 QColor(Qt::black));
+    const QColor disabledText = SCColors::getDisabledTextColor();
+
+    QPalette palette(windowText, button, light, dark, SCColors::mixColor(light, 50, dark, 50), text,
+                     QColor(Qt::white), base, window);
+    palette.setColor(QPalette::AlternateBase, base.darker(104));
+    palette.setColor(QPalette::Highlight, SCColors::getMenuHighlightColor());
+    palette.setColor(QPalette::HighlightedText, QColor(Qt::white));
+    palette.setColor(QPalette::Link, SCColors::getDefaultLinkColor());
+    palette.setColor(QPalette::LinkVisited, SCColors::getDefaultLinkVisitedColor());
+    palette.setColor(QPalette::ToolTipBase, SCColors::getPostItColor());
+    palette.setColor(QPalette::ToolTipText, QColor(Qt::black));
+    palette.setColor(QPalette::PlaceholderText, disabledText);
+    for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+        palette.setColor(QPalette::Disabled, role, disabledText);
+
+    // The drawing layer's colours are read now as well, so that missing ones
+    // are reported at start-up rather than from inside a paint event.
+    drawingColors();
+
+    m_palette = palette;
+    return palette;
+}
