@@ -732,8 +732,8 @@ void drawCurvedArrow(QPainter& p, QPointF from, QPointF control, QPointF to, con
 // --- Icons (64 x 64 grid) ---------------------------------------------------------
 
 const QRectF documentBox(10, 5, 36, 48);
-const QPointF badgeCentre(46, 46);
-constexpr qreal badgeRadius = 12.5;
+const QPointF badgeCentre(46.5, 46.5);
+constexpr qreal badgeRadius = 13.5;
 
 void paintNormal(QPainter& p)
 {
