@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QStringList>
+
+namespace SharedHelpers {
+// Takes organisation domain and application name from the main bundle's
+// identifier "tld.maker.app" (domain "maker.tld", name "app"). Returns false,
+// leaving both unset, for a null name or an identifier without exactly three
+// labels. name only appears in the diagnostic text.
+bool SetOrganizationDomainAndApplicationName(const char* name);
+}
+
+// Hides every visible top-level window of the application (true), or shows
+// the windows hidden that way again, raised and activated (false).
+void hideApplication(bool hide);
+
+// The bundle identifiers of the programs inside the main bundle's
+// Contents/Resources/*.app, preceded by the main bundle's own when
+// includeMain is set.
+QStringList collectBundleIds(bool includeMain);

@@ -1,0 +1,115 @@
+// The launcher's entry point: brings the program up in a fixed order, each
+// step relying on what the earlier ones set up.
+
+#include "ApplicationInfo.h"
+#include "Configuration.h"
+#include "CrossPlatformApi.h"
+#include "FilePath.h"
+#include "FolderManager.h"
+#include "KDSingleApplicationGuard.h"
+#include "NvWinIni.h"
+#include "PixmapManager.h"
+#include "SCAppStyle.h"
+#include "SharedHelpers.h"
+#include "StartCenter.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QTranslator>
+
+#include <cstdlib>
+
+namespace {
+
+const char* const cszApplicationName = "Start-Center 2012";
+
+// A refusal to start: a critical box before any window exists, then the
+// process ends at once with exit code 0.
+[[noreturn]] void refuseStart(const QString& text)
+{
+    MessageBoxRequest box;
+    box.icon = QMessageBox::Critical;
+    box.title = QStringLiteral("Fehler");
+    box.text = text;
+    box.buttons = QMessageBox::Ok;
+    CrossPlatformApi::showMessageBox(box);
+    std::exit(0);
+}
+
+// Child programs inherit the library search path: the bundle's Frameworks
+// folder and the folders of "Settings"/"DYLD_PATH".
+void exportLibrarySearchPath(const QDir& contents)
+{
+    QString path = contents.absoluteFilePath(QStringLiteral("Frameworks"));
+    const std::string extra = cNvWinIni::theInstance()->GetString("Settings", "DYLD_PATH", "");
+    if (!extra.empty())
+        path += QLatin1Char(':') + QString::fromLatin1(extra.c_str());
+    qputenv("DYLD_FALLBACK_LIBRARY_PATH", path.toLocal8Bit());
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    SharedHelpers::SetOrganizationDomainAndApplicationName(cszApplicationName);
+
+    QTranslator translator;
+    (void)translator.load(QString::fromLatin1(cApplicationInfo::theInstance()->getFilenameInAppDir("qt_de.qm").c_str()));
+
+    QApplication application(argc, argv);
+
+    // Plug-ins come from the bundle when it carries its own; otherwise Qt's
+    // own list stays, since the system's plug-ins live elsewhere on Linux.
+    QDir contents(QCoreApplication::applicationDirPath());
+    contents.cdUp();
+    if (contents.exists(QStringLiteral("plugins")))
+        QCoreApplication::setLibraryPaths({contents.absoluteFilePath(QStringLiteral("plugins"))});
+
+    QCoreApplication::setAttribute(Qt::AA_DontShowIconsInMenus, true);
+    QCoreApplication::installTranslator(&translator);
+
+    KDSingleApplicationGuard guard(KDSingleApplicationGuard::NoPolicy);
+
+    FilePath appDir(cApplicationInfo::theInstance()->getAppDir());
+    if (appDir.isUNC())
+        refuseStart(QStringLiteral("Das Programm kann nicht direkt aus einem Netzwerkpfad (UNC-Pfad) gestartet werden."));
+    appDir.setCWD();
+
+    FilePath globalIni(cApplicationInfo::theInstance()->getFilenameInAppDir(cszNvWinIniName));
+    FolderManager::theInstance()->parseSection(globalIni.asString(), "DirectorySymbols");
+    FolderManager::theInstance()->parseSection(globalIni.asString(), "DirectoryDefs");
+
+    cNvWinIni::theInstance()->enableCache(false);
+    if (!cNvWinIni::theInstance()->setGlobalIniName(cszNvWinIniName))
+        refuseStart(QStringLiteral("Konfiguration nicht gefunden.\nDas Programm kann nicht gestartet werden."));
+
+    exportLibrarySearchPath(contents);
+    FolderManager::theInstance()->ensureFolderExists("<COMMONSETTINGS>");
+    FolderManager::theInstance()->ensureFolderExists("<COMMONLOGFILES>");
+
+    PixmapManager::theInstance()->setInfoFile(
+        cConfiguration::theInstance()->GetString("Application", "ImageInfoFile", "images.ini"));
+
+    // Another instance runs: it learns of this start through the guard and
+    // raises its window. A guard without shared memory does not stop us.
+    if (guard.isOperational() && !guard.isPrimaryInstance())
+        return 0;
+
+    SCAppStyle::installApplicationLook(
+        QString::fromLatin1(cNvWinIni::theInstance()->GetString("Style", "BaseStyle", "").c_str()));
+
+    QFont font = QApplication::font();
+    font.setFamily(QStringLiteral("Arial"));
+    font.setPointSize(9);
+    QApplication::setFont(font);
+
+    StartCenter mainWindow(nullptr, Qt::WindowFlags());
+    mainWindow.raise();
+    mainWindow.show();
+
+    QObject::connect(&guard, &KDSingleApplicationGuard::instanceStarted, &mainWindow,
+                     &StartCenter::activateMainWindow);
+    QObject::connect(&application, &QGuiApplication::lastWindowClosed, &application, &QCoreApplication::quit);
+
+    return QApplication::exec();
+}
