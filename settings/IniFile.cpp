@@ -195,7 +195,13 @@ void cIniFile::MaybeParseIni()
         if (!file.Exists())
             return;
     } else {
-        // 0: the file is gone or unreadable, and what is in memory stays.
+        // One stat settles the common case, an unchanged file. A newer time is
+        // confirmed by opening the file: 0 means it is gone or unreadable,
+        // and what is in memory stays.
+        struct stat info;
+        if (::stat(CrossPlatformApi::fileSystemEncoding(m_path).c_str(), &info) != 0
+            || static_cast<std::int32_t>(info.st_mtime) <= m_timestamp)
+            return;
         const int modified = file.GetModificationTimestamp();
         if (modified == 0 || modified <= m_timestamp)
             return;
@@ -320,6 +326,7 @@ void cIniFile::ParseIni()
 void cIniFile::ParseText(std::string_view text)
 {
     ParseState state;
+    const bool hasZeroBytes = text.find('\0') != std::string_view::npos;
     std::size_t pos = 0;
     for (;;) {
         while (pos < text.size() && isWhiteSpace(text[pos]))
@@ -334,7 +341,8 @@ void cIniFile::ParseText(std::string_view text)
         pos += length + 1;
 
         // The line buffer is a C string: a zero byte ends its text.
-        line = line.substr(0, line.find('\0'));
+        if (hasZeroBytes)
+            line = line.substr(0, line.find('\0'));
         line = RemoveCommentAndTrailingWhiteSpaces(line);
         if (line.empty())
             continue;
@@ -381,7 +389,9 @@ void cIniFile::AddToMap(const std::string& section, std::string_view key, std::s
 cIniFile::KeyMap& cIniFile::SectionKeys(std::string name)
 {
     FoldCase(name);
-    return m_sections[std::move(name)];
+    // Written files list their names in map order, so appending at the end
+    // is tried first.
+    return m_sections.try_emplace(m_sections.end(), std::move(name))->second;
 }
 
 void cIniFile::StoreKey(KeyMap& keys, std::string_view key, std::string_view value) const
@@ -390,7 +400,12 @@ void cIniFile::StoreKey(KeyMap& keys, std::string_view key, std::string_view val
     FoldCase(name);
     const auto lastNonReturn = value.find_last_not_of('\r');
     value = value.substr(0, lastNonReturn == std::string_view::npos ? 0 : lastNonReturn + 1);
-    keys.insert_or_assign(std::move(name), std::string(stripSpaces(value)));
+    const std::string_view text = stripSpaces(value);
+    // As for sections, appending at the end is tried first.
+    const std::size_t count = keys.size();
+    const auto it = keys.try_emplace(keys.end(), std::move(name), text);
+    if (keys.size() == count)
+        it->second.assign(text);   // a duplicate key: the last one wins
 }
 
 void cIniFile::FoldCase(std::string& name) const
