@@ -41,17 +41,27 @@ constexpr std::optional<CustomMetricValues> customMetrics[customMetricCount + 1]
 
 constexpr qreal cornerRadius = 3.0;
 
+// A style this system lacks ("macOS" off the Mac) is replaced by Fusion,
+// which every Qt build has.
+QStyle* createFactoryStyle(const QString& name)
+{
+    QStyle* style = QStyleFactory::create(name);
+    return style ? style : QStyleFactory::create(QStringLiteral("Fusion"));
+}
+
 QSize primaryScreenSize()
 {
     const QScreen* screen = QGuiApplication::primaryScreen();
     return screen ? screen->geometry().size() : QSize();
 }
 
-// The colours of the drawing layer, from the colour file.
+// The named colours of the drawing layer. The tool-bar gradient defaults are
+// those of the main window, which asks for the same names: the colour
+// manager keeps the default of the first request for a missing name.
 struct DrawingColors
 {
-    QColor buttonTop;
-    QColor buttonBottom;
+    QColor sliderTop;
+    QColor sliderBottom;
     QColor highlight;
     QColor frame;
     QColor groove;
@@ -60,16 +70,15 @@ struct DrawingColors
 DrawingColors drawingColors()
 {
     return DrawingColors{
-        SCColors::getColor(SCColors::keyToolbarGradientTop, QColor(255, 255, 255)),
-        SCColors::getColor(SCColors::keyToolbarGradientBottom, QColor(218, 225, 232)),
+        SCColors::getColor(SCColors::keyToolbarGradientTop, QColor(68, 122, 210)),
+        SCColors::getColor(SCColors::keyToolbarGradientBottom, QColor(50, 77, 127)),
         SCColors::getMenuHighlightColor(),
         SCColors::getSplitterFrameColor(),
-        SCColors::getDefaultControlBackgroundColor().darker(108),
+        SCColors::getDefaultBackgroundColor().darker(106),
     };
 }
 
-// A rounded panel filled with a gradient running across `direction`; no
-// border when `border` is invalid.
+// A rounded panel filled with a gradient running across `direction`.
 void drawGradientPanel(QPainter* painter, const QRectF& rect, const QColor& start,
                        const QColor& end, const QColor& border, Qt::Orientation direction)
 {
@@ -80,27 +89,48 @@ void drawGradientPanel(QPainter* painter, const QRectF& rect, const QColor& star
     gradient.setColorAt(1.0, end);
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing);
-    painter->setPen(border.isValid() ? QPen(border) : QPen(Qt::NoPen));
+    painter->setPen(border);
     painter->setBrush(gradient);
     painter->drawRoundedRect(panel, cornerRadius, cornerRadius);
     painter->restore();
 }
 
-void drawButtonPanel(const QStyleOption* option, QPainter* painter)
+bool isPressed(const QStyleOption* option)
+{
+    return (option->state & QStyle::State_Enabled)
+        && (option->state & (QStyle::State_Sunken | QStyle::State_On));
+}
+
+bool isHovered(const QStyleOption* option)
+{
+    return (option->state & QStyle::State_Enabled) && (option->state & QStyle::State_MouseOver);
+}
+
+// Push buttons: light gradient from the palette, framed; the highlight
+// colour marks hovering and pressing.
+void drawCommandButtonPanel(const QStyleOption* option, QPainter* painter)
 {
     const DrawingColors colors = drawingColors();
-    const QStyle::State state = option->state;
-    const bool enabled = state & QStyle::State_Enabled;
-    QColor top = colors.buttonTop;
-    QColor bottom = colors.buttonBottom;
-    if (enabled && (state & (QStyle::State_Sunken | QStyle::State_On))) {
-        top = colors.highlight.lighter(125);
-        bottom = colors.highlight.lighter(165);
-    } else if (enabled && (state & QStyle::State_MouseOver)) {
-        top = colors.highlight.lighter(175);
-        bottom = colors.highlight.lighter(135);
-    }
-    drawGradientPanel(painter, option->rect, top, bottom, colors.frame, Qt::Vertical);
+    const QColor light = option->palette.color(QPalette::Light);
+    const QColor button = option->palette.color(QPalette::Button);
+    const QColor border = isHovered(option) || isPressed(option) ? colors.highlight : colors.frame;
+    if (isPressed(option))
+        drawGradientPanel(painter, option->rect, button, light, border, Qt::Vertical);
+    else
+        drawGradientPanel(painter, option->rect, light, button, border, Qt::Vertical);
+}
+
+// Tool buttons sit on tool bars of any colour; their panel (shown while
+// hovered, pressed or checked) is a gradient of the highlight colour.
+void drawToolButtonPanel(const QStyleOption* option, QPainter* painter)
+{
+    const QColor highlight = drawingColors().highlight;
+    if (isPressed(option))
+        drawGradientPanel(painter, option->rect, highlight.darker(115), highlight,
+                          highlight.darker(140), Qt::Vertical);
+    else
+        drawGradientPanel(painter, option->rect, highlight.lighter(130), highlight,
+                          highlight.darker(125), Qt::Vertical);
 }
 
 void drawRoundedFrame(const QStyleOption* option, QPainter* painter)
@@ -117,9 +147,7 @@ void drawRoundedFrame(const QStyleOption* option, QPainter* painter)
 } // namespace
 
 SCAppStyle::SCAppStyle(const QString& factoryStyleName)
-    : QProxyStyle(QStyleFactory::keys().contains(factoryStyleName, Qt::CaseInsensitive)
-                      ? QStyleFactory::create(factoryStyleName)
-                      : QStyleFactory::create(QStringLiteral("Fusion")))
+    : QProxyStyle(createFactoryStyle(factoryStyleName))
 {
 }
 
@@ -228,11 +256,12 @@ void SCAppStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* opt
 {
     switch (element) {
     case PE_PanelButtonTool:
+        drawToolButtonPanel(option, painter);
+        return;
     case PE_PanelButtonCommand:
-        drawButtonPanel(option, painter);
+        drawCommandButtonPanel(option, painter);
         return;
     case PE_Frame:
-    case PE_FrameGroupBox:
         drawRoundedFrame(option, painter);
         return;
     default:
@@ -247,12 +276,13 @@ void SCAppStyle::drawControl(ControlElement element, const QStyleOption* option,
         QProxyStyle::drawControl(element, option, painter, widget);
         return;
     }
-    const DrawingColors colors = drawingColors();
+    // A tool bar runs from its button colour to its alternate-base colour, so
+    // that a tool bar can set its own gradient through its palette.
     const bool horizontal = option->state & State_Horizontal;
     QLinearGradient gradient(option->rect.topLeft(),
                              horizontal ? option->rect.bottomLeft() : option->rect.topRight());
-    gradient.setColorAt(0.0, colors.buttonTop);
-    gradient.setColorAt(1.0, colors.buttonBottom);
+    gradient.setColorAt(0.0, option->palette.color(QPalette::Button));
+    gradient.setColorAt(1.0, option->palette.color(QPalette::AlternateBase));
     painter->fillRect(option->rect, gradient);
 }
 
@@ -273,11 +303,12 @@ void SCAppStyle::drawComplexControl(ComplexControl control, const QStyleOptionCo
                              .adjusted(2, 2, -2, -2);
     const bool active = (bar->activeSubControls & SC_ScrollBarSlider)
         && (bar->state & (State_MouseOver | State_Sunken));
-    const QColor start = active ? colors.highlight.lighter(150) : colors.buttonTop;
-    const QColor end = active ? colors.highlight : colors.buttonBottom;
+    const QColor start = active ? colors.highlight.lighter(120) : colors.sliderTop;
+    const QColor end = active ? colors.highlight : colors.sliderBottom;
     // The gradient runs across the slider.
-    const Qt::Orientation across = bar->orientation == Qt::Horizontal ? Qt::Vertical : Qt::Horizontal;
-    drawGradientPanel(painter, slider, start, end, colors.frame, across);
+    const Qt::Orientation across =
+        bar->orientation == Qt::Horizontal ? Qt::Vertical : Qt::Horizontal;
+    drawGradientPanel(painter, slider, start, end, end.darker(120), across);
 }
 
 QPalette SCAppStyle::standardPalette() const
@@ -289,13 +320,13 @@ QPalette SCAppStyle::standardPalette() const
 
     const QColor window = SCColors::getDefaultBackgroundColor();
     const QColor base = SCColors::getDefaultControlBackgroundColor();
-    const QColor button = SCColors::getColor(SCColors::keyBackground,
-                                             QColor(240, 240, 240));
+    // Same default as the main window's request for "Background": the colour
+    // manager keeps the default of the first request for a missing name.
+    const QColor button = SCColors::getColor(SCColors::keyBackground, QColor(245, 245, 245));
     const QColor light = SCColors::getColor(SCColors::keyLight, QColor(Qt::white));
     const QColor dark = SCColors::getColor(SCColors::keyDark, QColor(160, 160, 160));
     const QColor text = SCColors::getColor(SCColors::keyNormalText, QColor(Qt::black));
-    const QColor windowText = SCColors::getColor(SCColors::keyDefaultFrg,
-                                                 QColor(Qt::black));
+    const QColor windowText = SCColors::getColor(SCColors::keyDefaultFrg, QColor(Qt::black));
     const QColor disabledText = SCColors::getDisabledTextColor();
 
     QPalette palette(windowText, button, light, dark, SCColors::mixColor(light, 50, dark, 50), text,
@@ -308,7 +339,7 @@ QPalette SCAppStyle::standardPalette() const
     palette.setColor(QPalette::ToolTipBase, SCColors::getPostItColor());
     palette.setColor(QPalette::ToolTipText, QColor(Qt::black));
     palette.setColor(QPalette::PlaceholderText, disabledText);
-    for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
         palette.setColor(QPalette::Disabled, role, disabledText);
 
     // The drawing layer's colours are read now as well, so that missing ones

@@ -133,7 +133,8 @@ QString SCColors::toHtmlColor(QColor color)
 QColor SCColors::mixColor(const QColor& a, int pa, const QColor& b, int pb)
 {
     const auto mix = [pa, pb](int x, int y) {
-        const long long channel = (static_cast<long long>(x) * pa + static_cast<long long>(y) * pb) / 100 % 256;
+        const long long channel = (static_cast<long long>(x) * pa + static_cast<long long>(y) * pb)
+            / 100 % 256;
         return int(channel < 0 ? channel + 256 : channel);
     };
     return QColor(mix(a.red(), b.red()), mix(a.green(), b.green()), mix(a.blue(), b.blue()), 255);

@@ -23,10 +23,11 @@ public:
         m_installation.writeResource(QStringLiteral("ColorDefs.ini"), colorDefs);
         resetSingletons();
         m_settingsFound = cNvWinIni::theInstance()->setGlobalIniName("ORVKonf.ini");
-        m_previousHandler = CrossPlatformApi::setMessageBoxHandler([this](const MessageBoxRequest& box) {
-            messages << box.title + QLatin1Char('|') + box.text;
-            return MessageBoxAnswer{QMessageBox::Ok, false};
-        });
+        m_previousHandler = CrossPlatformApi::setMessageBoxHandler(
+            [this](const MessageBoxRequest& box) {
+                messages << box.title + QLatin1Char('|') + box.text;
+                return MessageBoxAnswer{QMessageBox::Ok, false};
+            });
     }
 
     ~ColorFileInstallation()

@@ -4,17 +4,40 @@
 #include "TestMain.h"
 
 #include <QApplication>
-#include <QFrame>
-#include <QPushButton>
 #include <QScreen>
 #include <QScrollBar>
 #include <QStyleFactory>
 #include <QStyleOptionSlider>
 #include <QTest>
-#include <QToolBar>
 #include <QToolButton>
 
 #include <memory>
+
+namespace {
+
+template <class Base>
+bool isTemplate(const QStyle* style)
+{
+    return dynamic_cast<const SCAppStyleTemplate<Base>*>(style) != nullptr;
+}
+
+// The base-style tag of the style template, by name.
+QString templateOf(const QStyle* style)
+{
+    if (isTemplate<BaseStyle::QWindowsStyle>(style))
+        return QStringLiteral("QWindowsStyle");
+    if (isTemplate<BaseStyle::QPlastiqueStyle>(style))
+        return QStringLiteral("QPlastiqueStyle");
+    if (isTemplate<BaseStyle::QMacStyle>(style))
+        return QStringLiteral("QMacStyle");
+    if (isTemplate<BaseStyle::QCDEStyle>(style))
+        return QStringLiteral("QCDEStyle");
+    if (isTemplate<BaseStyle::QMotifStyle>(style))
+        return QStringLiteral("QMotifStyle");
+    return QString();
+}
+
+} // namespace
 
 class StyleTest : public QObject
 {
@@ -62,11 +85,6 @@ void StyleTest::answersCustomMetricsByScreenSize()
         const auto metric = QStyle::PixelMetric(QStyle::PM_CustomBase + number);
         QCOMPARE(style->pixelMetric(metric), windows->pixelMetric(metric));
     }
-    for (const auto metric : {QStyle::PM_DefaultFrameWidth, QStyle::PM_ScrollBarExtent,
-                              QStyle::PM_IndicatorWidth, QStyle::PM_SplitterWidth}) {
-        const int value = style->pixelMetric(metric);
-        QVERIFY2(value >= 2 && value <= 35, qPrintable(QString::number(value)));
-    }
 }
 
 void StyleTest::fontScale()
@@ -102,13 +120,7 @@ void StyleTest::createsStyleByName()
     QFETCH(QString, expectedBase);
 
     const std::unique_ptr<QStyle> style(SCAppStyle::createStyle(name));
-    const QString made =
-        dynamic_cast<SCAppStyleTemplate<BaseStyle::QWindowsStyle>*>(style.get()) ? "QWindowsStyle"
-        : dynamic_cast<SCAppStyleTemplate<BaseStyle::QPlastiqueStyle>*>(style.get()) ? "QPlastiqueStyle"
-        : dynamic_cast<SCAppStyleTemplate<BaseStyle::QMacStyle>*>(style.get()) ? "QMacStyle"
-        : dynamic_cast<SCAppStyleTemplate<BaseStyle::QCDEStyle>*>(style.get()) ? "QCDEStyle"
-        : dynamic_cast<SCAppStyleTemplate<BaseStyle::QMotifStyle>*>(style.get()) ? "QMotifStyle"
-        : QString();
+    const QString made = templateOf(style.get());
     QCOMPARE(made, expectedTemplate);
 
     const auto* proxy = qobject_cast<QProxyStyle*>(style.get());
@@ -181,7 +193,8 @@ void StyleTest::buildsPaletteFromColorFile()
 
     // Missing colours are reported, once, all of them while the palette is built.
     QVERIFY(!install.messages.isEmpty());
-    QVERIFY(install.messages.contains("Color Manager|Die Farbe >>DefaultControlBkg<< wurde nicht gefunden"));
+    QVERIFY(install.messages.contains(
+        "Color Manager|Die Farbe >>DefaultControlBkg<< wurde nicht gefunden"));
     QCOMPARE(install.messages.removeDuplicates(), 0);
     const int reported = int(install.messages.size());
     QCOMPARE(style->standardPalette(), palette);
@@ -190,7 +203,7 @@ void StyleTest::buildsPaletteFromColorFile()
     const QString previousStyle = QApplication::style()->name();
     const QPalette previousPalette = QApplication::palette();
     SCAppStyle::installApplicationLook(QStringLiteral("QPlastiqueStyle"));
-    QVERIFY(dynamic_cast<SCAppStyleTemplate<BaseStyle::QPlastiqueStyle>*>(QApplication::style()));
+    QCOMPARE(templateOf(QApplication::style()), QStringLiteral("QPlastiqueStyle"));
     QCOMPARE(QApplication::palette().color(QPalette::Highlight), QColor(1, 2, 3));
     QCOMPARE(install.messages.size(), 2 * reported);   // a new style reports anew, once
     QApplication::setStyle(previousStyle);
@@ -200,28 +213,18 @@ void StyleTest::buildsPaletteFromColorFile()
 void StyleTest::drawsWidgets()
 {
     const std::unique_ptr<QStyle> style(SCAppStyle::createStyle(QStringLiteral("QWindowsStyle")));
-    QWidget window;
-    QScrollBar bar(Qt::Vertical, &window);
+    QScrollBar bar(Qt::Vertical);
+    bar.setStyle(style.get());
     bar.setRange(0, 10);
-    bar.setGeometry(0, 0, 14, 200);
-    QToolButton toolButton(&window);
-    toolButton.setText(QStringLiteral("Werkzeug"));
-    toolButton.setDown(true);
-    QPushButton pushButton(QStringLiteral("OK"), &window);
-    QFrame frame(&window);
-    frame.setFrameShape(QFrame::StyledPanel);
-    QToolBar toolBar(&window);
-    const QList<QWidget*> widgets{&bar, &toolButton, &pushButton, &frame, &toolBar};
-    for (QWidget* widget : widgets) {
-        widget->setStyle(style.get());
-        if (widget->size().isEmpty())
-            widget->resize(80, 30);
-        const QImage image = widget->grab().toImage();
-        QVERIFY(!image.isNull());
-    }
-    // The slider stands out from the groove.
+    bar.resize(14, 200);
     const QImage image = bar.grab().toImage();
-    QVERIFY(image.pixelColor(7, 10) != image.pixelColor(7, 190));
+    QVERIFY(image.pixelColor(7, 10) != image.pixelColor(7, 190));   // slider, groove
+
+    QToolButton button;
+    button.setStyle(style.get());
+    button.setText(QStringLiteral("Werkzeug"));
+    button.setDown(true);
+    QVERIFY(!button.grab().isNull());
 }
 
 SC_TEST(StyleTest)
