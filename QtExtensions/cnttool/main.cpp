@@ -117,18 +117,20 @@ int create(const std::vector<std::string>& args)
     if (error)
         return fail("cannot replace '" + container + "': " + error.message());
 
-    bool written = false;
+    std::string problem;
     {
         cArchive archive(containerLatin1, std::string());
-        written = fs::exists(container, error);
-        for (std::size_t i = 0; written && i < sources.size(); ++i) {
-            written = archive.AddFile(sources[i], fs::path(sources[i]).filename().string(),
-                                      store ? compression::stored : compression::bzip2, !store);
+        if (!fs::exists(container, error))
+            problem = "cannot write '" + container + "'";
+        for (std::size_t i = 0; problem.empty() && i < sources.size(); ++i) {
+            if (!archive.AddFile(sources[i], fs::path(sources[i]).filename().string(),
+                                 store ? compression::stored : compression::bzip2, !store))
+                problem = "cannot add '" + args[first + 1 + i] + "' to '" + container + "'";
         }
     }
-    if (!written) {
+    if (!problem.empty()) {
         fs::remove(container, error);
-        return fail("cannot write '" + container + "'");
+        return fail(problem);
     }
     return 0;
 }
