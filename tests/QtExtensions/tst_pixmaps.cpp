@@ -129,9 +129,7 @@ private slots:
         PixmapManager* manager = PixmapManager::theInstance();
         QCOMPARE(manager->resolvePixName("Start", "default"), std::string("start_logo"));
         QCOMPARE(manager->resolvePixName("Empty", "default"), std::string("default"));
-        QCOMPARE(manager->resolvePixName("Nowhere", "default"), std::string("default"));
         QCOMPARE(manager->getInfoInt("Start", "width", 5), 12);
-        QCOMPARE(manager->getInfoString("Start", "height", "h"), std::string("h"));
 
         m_installation->writeResource("media/edition.ini", "[Start]\r\npic=edition_logo\r\n");
         manager->setInfoFile("edition.ini");
