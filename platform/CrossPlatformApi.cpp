@@ -1,9 +1,16 @@
 #include "CrossPlatformApi.h"
 
+#include "BundleInfo.h"
+
 #include <QApplication>
 #include <QCheckBox>
+#include <QDesktopServices>
 #include <QFile>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QProcess>
 #include <QStandardPaths>
+#include <QUrl>
 #include <QUuid>
 
 #include <algorithm>
@@ -207,10 +214,74 @@ MessageBoxAnswer showRealMessageBox(const MessageBoxRequest& request)
     return answer;
 }
 
-CrossPlatformApi::MessageBoxHandler& messageBoxHandler()
+// A function of the user interface that tests may replace: the real one is
+// kept so that an empty replacement restores it.
+template <class Function>
+class Replaceable
 {
-    static CrossPlatformApi::MessageBoxHandler handler = showRealMessageBox;
+public:
+    explicit Replaceable(Function real) : m_real(real), m_current(std::move(real)) {}
+
+    const Function& current() const { return m_current; }
+    Function replace(Function replacement)
+    {
+        Function previous = std::move(m_current);
+        m_current = replacement ? std::move(replacement) : m_real;
+        return previous;
+    }
+
+private:
+    const Function m_real;
+    Function m_current;
+};
+
+Replaceable<CrossPlatformApi::MessageBoxHandler>& messageBoxHandler()
+{
+    static Replaceable<CrossPlatformApi::MessageBoxHandler> handler(showRealMessageBox);
     return handler;
+}
+
+QString showRealFileDialog(const FileDialogRequest& request)
+{
+    if (!qobject_cast<QApplication*>(QCoreApplication::instance()))
+        return QString();
+    if (request.kind == FileDialogRequest::ExistingDirectory)
+        return QFileDialog::getExistingDirectory(request.parent, request.caption, request.directory);
+    return QFileDialog::getOpenFileName(request.parent, request.caption, request.directory, request.filter);
+}
+
+Replaceable<CrossPlatformApi::FileDialogHandler>& fileDialogHandler()
+{
+    static Replaceable<CrossPlatformApi::FileDialogHandler> handler(showRealFileDialog);
+    return handler;
+}
+
+Replaceable<CrossPlatformApi::UrlOpener>& urlOpener()
+{
+    static Replaceable<CrossPlatformApi::UrlOpener> opener(
+        [](const QUrl& url) { return QDesktopServices::openUrl(url); });
+    return opener;
+}
+
+Replaceable<CrossPlatformApi::DetachedStarter>& detachedStarter()
+{
+    static Replaceable<CrossPlatformApi::DetachedStarter> starter(
+        [](const QString& program, const QStringList& arguments) {
+            return QProcess::startDetached(program, arguments);
+        });
+    return starter;
+}
+
+// The executable of a program path: a bundle folder "X.app" stands for the
+// program named by its Info.plist (or X) in X.app/Contents/MacOS.
+QString bundleExecutable(const QString& program)
+{
+    const QFileInfo info(program);
+    if (!info.isDir() || !program.endsWith(QLatin1String(".app")))
+        return program;
+    std::string name = BundleInfo::forPath(program.toLatin1().toStdString()).value("CFBundleExecutable");
+    const QString executable = name.empty() ? info.completeBaseName() : QString::fromLatin1(name.c_str());
+    return info.absoluteFilePath() + QStringLiteral("/Contents/MacOS/") + executable;
 }
 
 // The suite's box styles: the low four bits choose the buttons, the next
@@ -386,14 +457,68 @@ void CrossPlatformApi::overrideExecutablePath(const std::string& path)
 
 MessageBoxAnswer CrossPlatformApi::showMessageBox(const MessageBoxRequest& request)
 {
-    return messageBoxHandler()(request);
+    return messageBoxHandler().current()(request);
 }
 
 CrossPlatformApi::MessageBoxHandler CrossPlatformApi::setMessageBoxHandler(MessageBoxHandler handler)
 {
-    MessageBoxHandler previous = std::move(messageBoxHandler());
-    messageBoxHandler() = handler ? std::move(handler) : MessageBoxHandler(showRealMessageBox);
-    return previous;
+    return messageBoxHandler().replace(std::move(handler));
+}
+
+QString CrossPlatformApi::showFileDialog(const FileDialogRequest& request)
+{
+    return fileDialogHandler().current()(request);
+}
+
+CrossPlatformApi::FileDialogHandler CrossPlatformApi::setFileDialogHandler(FileDialogHandler handler)
+{
+    return fileDialogHandler().replace(std::move(handler));
+}
+
+bool CrossPlatformApi::openUrl(const QUrl& url)
+{
+    return url.isValid() && urlOpener().current()(url);
+}
+
+bool CrossPlatformApi::openUrl(const std::string& url)
+{
+    const QString text = toQString(url);
+    QUrl parsed(text);
+    if (parsed.scheme().isEmpty())
+        parsed = QUrl::fromLocalFile(text);
+    return openUrl(parsed);
+}
+
+bool CrossPlatformApi::executeAssociatedAppAndOpenFile(const std::string& path)
+{
+    const QString file = toQString(path);
+    return QFileInfo::exists(file) && openUrl(QUrl::fromLocalFile(file));
+}
+
+bool CrossPlatformApi::exec(const std::string& program, const std::string& params, int /*flags*/)
+{
+    std::string path = program;
+    std::replace(path.begin(), path.end(), '\\', '/');
+    const QString executable = bundleExecutable(toQString(path));
+    const QFileInfo info(executable);
+    if (!info.isFile() || !info.isExecutable())
+        return false;
+    return startDetached(info.absoluteFilePath(), QProcess::splitCommand(toQString(params)));
+}
+
+CrossPlatformApi::UrlOpener CrossPlatformApi::setUrlOpener(UrlOpener opener)
+{
+    return urlOpener().replace(std::move(opener));
+}
+
+CrossPlatformApi::DetachedStarter CrossPlatformApi::setDetachedStarter(DetachedStarter starter)
+{
+    return detachedStarter().replace(std::move(starter));
+}
+
+bool CrossPlatformApi::startDetached(const QString& program, const QStringList& arguments)
+{
+    return detachedStarter().current()(program, arguments);
 }
 
 int CrossPlatformApi::messageBox(const std::string& text, const std::string& title, unsigned style)

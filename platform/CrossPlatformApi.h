@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+class QUrl;
 class QWidget;
 
 // One message box, as the user interface asks for it. Every box of the
@@ -33,6 +34,18 @@ struct MessageBoxAnswer
 {
     QMessageBox::StandardButton button = QMessageBox::NoButton;
     bool checkBoxChecked = false;
+};
+
+// A standard file or folder dialog, as the user interface asks for it; shown
+// by CrossPlatformApi::showFileDialog, so that tests can answer it.
+struct FileDialogRequest
+{
+    enum Kind { OpenFile, ExistingDirectory };
+    Kind kind = OpenFile;
+    QWidget* parent = nullptr;
+    QString caption;
+    QString directory;
+    QString filter;   // "Description (*.x);;All (*)" style, OpenFile only
 };
 
 // The basic services of the suite, written for Linux: file-system access on
@@ -108,6 +121,37 @@ public:
     // Replaces the function that shows boxes (tests record them); an empty
     // handler restores the real one. Returns the handler that was in place.
     static MessageBoxHandler setMessageBoxHandler(MessageBoxHandler handler);
+
+    // --- Standard dialogs -----------------------------------------------------
+    // The chosen file or folder, or an empty text when the user cancelled.
+    using FileDialogHandler = std::function<QString(const FileDialogRequest&)>;
+    static QString showFileDialog(const FileDialogRequest& request);
+    static FileDialogHandler setFileDialogHandler(FileDialogHandler handler);
+
+    // --- Opening documents and starting programs -----------------------------
+    // Opens a web address or a file:// URL with the desktop's handler
+    // (xdg-open). The text form takes a Latin-1 address.
+    static bool openUrl(const QUrl& url);
+    static bool openUrl(const std::string& url);
+    // Opens a document (Latin-1 path) with the application the desktop
+    // associates with it.
+    static bool executeAssociatedAppAndOpenFile(const std::string& path);
+    // Starts a program detached. program is a Latin-1 path in which
+    // backslashes stand for "/"; a bundle folder "X.app" starts the
+    // executable inside it. params is split like a shell command line
+    // (quotes group). flags is reserved (0). False when the program does not
+    // exist or cannot be started.
+    static bool exec(const std::string& program, const std::string& params, int flags);
+
+    // Tests replace how URLs are opened and how detached programs are
+    // started; an empty handler restores the real one. Each returns the
+    // handler that was in place.
+    using UrlOpener = std::function<bool(const QUrl&)>;
+    static UrlOpener setUrlOpener(UrlOpener opener);
+    using DetachedStarter = std::function<bool(const QString& program, const QStringList& arguments)>;
+    static DetachedStarter setDetachedStarter(DetachedStarter starter);
+    // Every detached start of the program goes through here.
+    static bool startDetached(const QString& program, const QStringList& arguments);
 
     // A box with text and title (Latin-1) in the style numbering of the
     // suite: 0 a plain box with OK. Returns the button pressed.
