@@ -1,0 +1,264 @@
+#include "Companions.h"
+
+#include "ApplicationInfo.h"
+#include "BundleInfo.h"
+#include "Configuration.h"
+#include "CrossPlatformApi.h"
+#include "DMFileName.h"
+#include "File.h"
+#include "NvWinIni.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QUrl>
+
+#include <string>
+
+namespace {
+
+const char* const cszVendorUrl = "https://www.marvendo.example/";
+const char* const cszLexavoUrl = "https://www.lexavo.example/";
+const char* const cszTaxAdvisorParams = "-d Marvendo -k";
+const char* const cszLandlordAdvisorParams = "-d DomveraORV -k";
+const char* const cszInfoManReference = "<COMMON_APPDATA>/<COMPANY>/Lumidex2/LumidexRef.ini";
+
+const QString advisorTitle = QStringLiteral("Ihr Plus: Der Steuerberater");
+
+QString fromLatin1(const std::string& text)
+{
+    return CrossPlatformApi::toQString(text);
+}
+
+std::string toLatin1(const QString& text)
+{
+    return text.toLatin1().toStdString();
+}
+
+std::string setting(const char* section, const char* key, const char* defaultValue)
+{
+    return cConfiguration::theInstance()->GetString(section, key, defaultValue);
+}
+
+void reportFailure(const QString& title, const QString& text,
+                   QMessageBox::Icon icon = QMessageBox::Critical)
+{
+    MessageBoxRequest box;
+    box.icon = icon;
+    box.title = title;
+    box.text = text;
+    box.buttons = QMessageBox::Ok;
+    CrossPlatformApi::showMessageBox(box);
+}
+
+QString folderFailureText(const QString& folder)
+{
+    return QStringLiteral("Der Ordner \u00BB") + folder + QStringLiteral("\u00AB konnte nicht ge\u00F6ffnet werden.");
+}
+
+bool openVendorPage(const std::string& address, const QString& title, const QString& text)
+{
+    if (!address.empty() && CrossPlatformApi::openUrl(address))
+        return true;
+    reportFailure(title, text);
+    return false;
+}
+
+// Asks the desktop's file manager to show the item selected in its folder.
+bool showItemInFileManager(const QString& path)
+{
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected())
+        return false;
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("/org/freedesktop/FileManager1"),
+        QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("ShowItems"));
+    call << QStringList{QUrl::fromLocalFile(path).toString()} << QString();
+    return bus.call(call, QDBus::Block, 5000).type() == QDBusMessage::ReplyMessage;
+}
+
+} // namespace
+
+namespace Companions {
+
+QString manualPath()
+{
+    DMFileName manual(setting("Addons", "Handbuch", "handbuch.pdf"));
+    if (!manual.makeAbsPath(true))
+        return QString();
+    return fromLatin1(manual.normalizedString());
+}
+
+bool openManual()
+{
+    const QString path = manualPath();
+    if (!path.isEmpty() && CrossPlatformApi::executeAssociatedAppAndOpenFile(toLatin1(path)))
+        return true;
+    reportFailure(QStringLiteral("Handbuch \u00F6ffnen"),
+                  QStringLiteral("Fehler beim \u00D6ffnen des Handbuchs!\nDas Handbuch kann nicht ge\u00F6ffnet werden."));
+    return false;
+}
+
+QString taxbookPage()
+{
+    const QString programFolder = QFileInfo(fromLatin1(CrossPlatformApi::executablePath())).path();
+    return QDir::cleanPath(programFolder + QStringLiteral("/../Resources/help/KURSEL.htm"));
+}
+
+bool openTaxbook()
+{
+    // The desktop's handler for HTML pages shows the help. It is started
+    // detached and reports a missing page only to the user, so the page is
+    // checked here.
+    const QString page = taxbookPage();
+    if (QFileInfo(page).isFile() && CrossPlatformApi::startDetached(QStringLiteral("xdg-open"), {page}))
+        return true;
+    reportFailure(QStringLiteral("Kursel"),
+                  QStringLiteral("Fehler beim \u00D6ffnen des Kursel!\nDer Kompass kann nicht ge\u00F6ffnet werden."));
+    return false;
+}
+
+bool showMarvendo()
+{
+    return openVendorPage(setting("StartCenter", "StLogoUrl", cszVendorUrl), QStringLiteral("Marvendo im Internet"),
+                          QStringLiteral("Fehler beim \u00D6ffnen der Marvendo-Internet-Seite!\n"
+                                         "Die Marvendo Internet-Seite kann nicht ge\u00F6ffnet werden."));
+}
+
+QString taxFolder()
+{
+    const std::string home = setting("Settings", "HomeDataDir", cNvWinIni::theInstance()->getHomeDataPath().c_str());
+    const std::string folder = setting("Files", "LastWorkDir", home.c_str());
+    // The folder is usually stored relative to "<HomeDataDir>".
+    const std::string expanded = DMFileName(folder).compose();
+    return fromLatin1(expanded.empty() ? folder : expanded);
+}
+
+bool openTaxFolder()
+{
+    const QString folder = taxFolder();
+    if (QFileInfo(folder).isDir() && CrossPlatformApi::openUrl(QUrl::fromLocalFile(folder)))
+        return true;
+    reportFailure(QStringLiteral("Steuerfallordner \u00D6ffnen"), folderFailureText(folder));
+    return false;
+}
+
+bool openProgramFolder()
+{
+    const QString bundle = fromLatin1(mainBundlePath());
+    if (!bundle.isEmpty()
+        && (showItemInFileManager(bundle)
+            || CrossPlatformApi::openUrl(QUrl::fromLocalFile(QFileInfo(bundle).path())))) {
+        return true;
+    }
+    reportFailure(QStringLiteral("Programmordner \u00F6ffnen"), folderFailureText(bundle));
+    return false;
+}
+
+bool startReportTool()
+{
+    std::string path = cApplicationInfo::theInstance()->getFilenameInAppDir(
+        setting("StartCenter", "Support", "Report Tools.app"));
+    // The program start of the basic services takes backslash-separated
+    // paths and turns them back.
+    for (char& c : path) {
+        if (c == '/')
+            c = '\\';
+    }
+    if (CrossPlatformApi::exec(path, std::string(), 0))
+        return true;
+    reportFailure(QStringLiteral("Report Erstellen"),
+                  QStringLiteral("Fehler beim \u00D6ffnen des Report-Programms!\n"
+                                 "Das Support-Tool zum Erfassen eines Reports kann nicht ge\u00F6ffnet werden."));
+    return false;
+}
+
+bool startNetViewer()
+{
+    const QString title = QStringLiteral("Netviewer Starten");
+    const std::string address = setting("Support", "NetViewerURL", "");
+    if (address.empty()) {
+        reportFailure(title, QStringLiteral("Fehler beim Versuch, den NetViewer zu laden!\n"
+                                            "Die Adresse zum Download des NetViewers ist nicht konfiguriert."));
+        return false;
+    }
+    return openVendorPage(address, title,
+                          QStringLiteral("Fehler beim \u00D6ffnen der NetViewer-Internet-Seite!\n"
+                                         "Die Seite zur Umleitung auf den NetViewer-Download kann nicht "
+                                         "ge\u00F6ffnet werden."));
+}
+
+QString advisorAddress(const QString& topic)
+{
+    const std::string file = cApplicationInfo::theInstance()->getFilenameInAppDir("berater.ini");
+    QString address = fromLatin1(CrossPlatformApi::getIniString("Online", "Business", "", file));
+    const QString user = fromLatin1(CrossPlatformApi::getIniString("Online", "User", "", file));
+    address.replace(QStringLiteral("<TOPIC>"), QString::fromLatin1(QUrl::toPercentEncoding(topic)));
+    address.replace(QStringLiteral("<USER>"), QString::fromLatin1(QUrl::toPercentEncoding(user)));
+    return address;
+}
+
+bool startMarvendoBusinessOnline(const QString& topic)
+{
+    const QString address = advisorAddress(topic);
+    if (!address.isEmpty() && CrossPlatformApi::openUrl(QUrl(address)))
+        return true;
+    reportFailure(QStringLiteral("Marvendo-Business"),
+                  QStringLiteral("Fehler beim \u00D6ffnen der Marvendo-Business-Internet-Seite!\n"
+                                 "Die Seite der Online-Beratung kann nicht ge\u00F6ffnet werden."));
+    return false;
+}
+
+bool openBeraterPlus()
+{
+    if (isInfoManInstalled())
+        return startInfoMan(fromLatin1(setting("InfoMan", "SteuerBerater", cszTaxAdvisorParams)));
+    return showMarvendo();
+}
+
+bool openBeraterNebenk()
+{
+    if (isInfoManInstalled())
+        return startInfoMan(fromLatin1(setting("InfoMan", "Nebenkosten", cszLandlordAdvisorParams)));
+    return openVendorPage(setting("StartCenter", "LexavoUrl", cszLexavoUrl), QStringLiteral("Lexavo im Internet"),
+                          QStringLiteral("Fehler beim \u00D6ffnen der Lexavo-Internet-Seite!\n"
+                                         "Die Lexavo Internet-Seite kann nicht ge\u00F6ffnet werden."));
+}
+
+bool openInfoManLink(const QString& link)
+{
+    return startInfoMan(link);
+}
+
+bool startInfoMan(const QString& params)
+{
+    const QString program = infoManPath();
+    if (program.isEmpty()) {
+        reportFailure(advisorTitle, QStringLiteral("Bitte installieren Sie den Steuerberater!"),
+                      QMessageBox::Information);
+        return false;
+    }
+    if (CrossPlatformApi::exec(toLatin1(program), toLatin1(params), 0))
+        return true;
+    reportFailure(advisorTitle, QStringLiteral("Fehler beim Starten des Steuerberaters!\n"
+                                               "Der Steuerberater kann nicht gestartet werden."));
+    return false;
+}
+
+QString infoManPath()
+{
+    const std::string reference = DMFileName(cszInfoManReference).compose();
+    if (reference.empty() || !cFile(reference).Exists())
+        return QString();
+    const std::string program = CrossPlatformApi::getIniString("Lumidex", "Path", "", reference);
+    return program.empty() ? QString() : fromLatin1(DMFileName(program).compose());
+}
+
+bool isInfoManInstalled()
+{
+    return !infoManPath().isEmpty();
+}
+
+} // namespace Companions
