@@ -15,9 +15,13 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QLoggingCategory>
+#include <QTimer>
 #include <QTranslator>
 
 #include <cstdlib>
+
+Q_LOGGING_CATEGORY(lcStartUp, "startcenter.startup", QtWarningMsg)
 
 namespace {
 
@@ -111,5 +115,6 @@ int main(int argc, char** argv)
                      &StartCenter::activateMainWindow);
     QObject::connect(&application, &QGuiApplication::lastWindowClosed, &application, &QCoreApplication::quit);
 
+    QTimer::singleShot(0, [] { qCDebug(lcStartUp) << "start-up complete"; });
     return QApplication::exec();
 }
