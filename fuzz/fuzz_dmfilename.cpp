@@ -1,0 +1,55 @@
+// DMFileName::compose on arbitrary paths and folder symbols. The input is
+// lines: the path, the base folder, then symbol definitions "NAME=value".
+// Besides composing, a path put into symbolic form below the symbol
+// "HomeDataDir" must compose to the same absolute path again.
+
+#include "DMFileName.h"
+#include "FuzzSupport.h"
+
+#include <string_view>
+
+namespace {
+
+std::string_view nextLine(std::string_view& text)
+{
+    const std::size_t end = text.find('\n');
+    const std::string_view line = text.substr(0, end);
+    text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+    return line;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    std::string_view input(reinterpret_cast<const char*>(data), size);
+    const std::string path(nextLine(input));
+    DMFileName::resetGlobalFileEnvironment();
+    DMFileEnvironment& environment = DMFileName::getGlobalFileEnvironment();
+    environment.setBaseDir(std::string(nextLine(input)));
+    while (!input.empty()) {
+        const std::string_view line = nextLine(input);
+        const std::size_t equals = line.find('=');
+        if (equals != std::string_view::npos)
+            environment.setSymbol(std::string(line.substr(0, equals)), std::string(line.substr(equals + 1)));
+    }
+
+    const DMFileName name(path);
+    const std::string composed = name.compose();
+    name.normalizedString();
+
+    DMFileName absolute(path);
+    absolute.makeAbsPath(false);
+    DMFileName expanded(path);
+    FUZZ_CHECK(expanded.makeAbsPath(true) == !composed.empty());
+    FUZZ_CHECK(expanded.asParmeterisedString() == composed);
+
+    DMFileName relative(path);
+    if (relative.makeRelPath()) {
+        const std::string again = DMFileName(relative.asParmeterisedString()).compose();
+        // Only an expansion that outgrows the length limit may fail here.
+        FUZZ_CHECK(again == composed || again.empty());
+    }
+    DMFileName::resetGlobalFileEnvironment();
+    return 0;
+}
