@@ -1,0 +1,192 @@
+#include "QuickView.h"
+#include "QuickViewWidget.h"
+#include "TestMain.h"
+#include "UiSettings.h"
+
+#include <QFile>
+#include <QLabel>
+#include <QPushButton>
+#include <QStackedLayout>
+#include <QTest>
+#include <QTextEdit>
+
+#include <memory>
+
+namespace {
+
+const QString readError = QStringLiteral(
+    "Dateiinfo|Die Dateiinformationen können aufgrund eines Fehlers leider nicht angezeigt werden!");
+const QString viewerMissing = QStringLiteral(
+    "Dateiinformationen|Fehler beim Anzeigen der Detail-Informationen!\n"
+    "Die QuickView-Anwendung kann nicht gestartet werden.");
+const QString viewerFailed = QStringLiteral(
+    "Dateiinformationen|Fehler beim Anzeigen der Detail-Informationen!\n"
+    "Die QuickView-Anwendung konnte nicht gestartet werden.");
+
+QString currentPage(const QuickViewWidget& widget)
+{
+    return widget.findChild<QStackedLayout*>()->currentWidget()->objectName();
+}
+
+QString fieldText(const QuickViewWidget& widget, const char* name)
+{
+    return widget.findChild<QTextEdit*>(QLatin1String(name))->toPlainText();
+}
+
+QLabel* fileLabel(const QuickViewWidget& widget)
+{
+    return widget.findChild<QLabel*>(QStringLiteral("FileLabel"));
+}
+
+} // namespace
+
+// The quick view panel on real case files, and starting the detail viewer.
+class TestQuickView : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void emptyNamePointsToSampleCases();
+    void showsPersonsAndComment();
+    void unreadableFileIsReportedAndNothingStale();
+    void moreStartsTheViewerWithTheQuotedPath();
+
+private:
+    QString writeCaseFile(const QString& name, const QByteArray& content) const;
+
+    std::unique_ptr<TempInstallation> m_install;
+    std::unique_ptr<MessageBoxRecorder> m_boxes;
+};
+
+void TestQuickView::init()
+{
+    m_install = std::make_unique<TempInstallation>();
+    m_boxes = std::make_unique<MessageBoxRecorder>();
+    QuickView::resetInstance();
+    QVERIFY(openUiSettings(*m_install, "[StartCenter.HelpText]\nMehr=Alle Angaben zum Steuerfall\n"));
+    DMFileName::getGlobalFileEnvironment().setSymbol("HomeDataDir", m_install->home().toLatin1().toStdString());
+}
+
+void TestQuickView::cleanup()
+{
+    CrossPlatformApi::setDetachedStarter({});
+    QuickView::resetInstance();
+    resetSettingsSingletons();
+    m_boxes.reset();
+    m_install.reset();
+}
+
+QString TestQuickView::writeCaseFile(const QString& name, const QByteArray& content) const
+{
+    const QString relative = QStringLiteral("home/Steuerf\u00E4lle/") + name;
+    return m_install->writeFile(relative, content) ? m_install->root() + QLatin1Char('/') + relative : QString();
+}
+
+void TestQuickView::emptyNamePointsToSampleCases()
+{
+    QuickViewWidget widget;
+    widget.setFile(QStringLiteral("irgendwo.est11"));
+    m_boxes->boxes.clear();
+
+    widget.setFile(QString());
+    QVERIFY(m_boxes->boxes.isEmpty());
+    QCOMPARE(currentPage(widget), QStringLiteral("NoFilePage"));
+    const QString hint = widget.findChild<QStackedLayout*>()->currentWidget()->findChild<QLabel*>()->text();
+    QVERIFY(hint.startsWith(QStringLiteral("<center><br><b>Keine Datei ausgewählt.")));
+    QVERIFY2(hint.endsWith(QStringLiteral("»") + m_install->resourcesDir() + QStringLiteral("Musterfälle«")),
+             qPrintable(hint));
+}
+
+void TestQuickView::showsPersonsAndComment()
+{
+    const QString path = writeCaseFile(QStringLiteral("Lea Schäfer 2011.est11"),
+                                       "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n<Steuerfall>\n"
+                                       "<Person>Lea Sch\xE4" "fer</Person>\n"
+                                       "<Kommentar>Belege f\xFCr 2011\nnachreichen</Kommentar>\n</Steuerfall>\n");
+    QVERIFY(!path.isEmpty());
+    QuickViewWidget widget;
+    QCOMPARE(widget.findChild<QPushButton*>(QStringLiteral("MoreButton"))->toolTip(),
+             QStringLiteral("Alle Angaben zum Steuerfall"));
+
+    // Given with a folder symbol, as the file lists keep their paths.
+    widget.setFile(QStringLiteral("<HomeDataDir>/Steuerfälle/Lea Schäfer 2011.est11"));
+    QVERIFY2(m_boxes->boxes.isEmpty(), qPrintable(m_boxes->boxes.join(QLatin1Char('\n'))));
+    QCOMPARE(currentPage(widget), QStringLiteral("InformationPage"));
+    QCOMPARE(fileLabel(widget)->text(), QStringLiteral("»Lea Schäfer 2011.est11«"));
+    const QString toolTip = fileLabel(widget)->toolTip();
+    QVERIFY2(toolTip.contains(QStringLiteral("<br>")), qPrintable(toolTip));
+    QCOMPARE(QString(toolTip).remove(QStringLiteral("<br>")).remove(QLatin1Char(' ')),
+             QString(path).remove(QLatin1Char(' ')));
+    QCOMPARE(fieldText(widget, "PersonsField"), QStringLiteral("Lea Schäfer"));
+    QCOMPARE(fieldText(widget, "CommentField"), QStringLiteral("Belege für 2011\nnachreichen"));
+
+    // An empty value and a missing one both get their fallback texts.
+    widget.setFile(writeCaseFile(QStringLiteral("Ohne Angaben.est11"), "<Steuerfall><Person></Person></Steuerfall>"));
+    QVERIFY(m_boxes->boxes.isEmpty());
+    QCOMPARE(QuickView::TheInstance()->getItem("Kommentar"), "?");
+    QCOMPARE(fileLabel(widget)->text(), QStringLiteral("»Ohne Angaben.est11«"));
+    QCOMPARE(fieldText(widget, "PersonsField"), QStringLiteral("Keine Angaben zur Person vorhanden."));
+    QCOMPARE(fieldText(widget, "CommentField"), QStringLiteral("Keine weiteren Angaben vorhanden."));
+}
+
+void TestQuickView::unreadableFileIsReportedAndNothingStale()
+{
+    QCOMPARE(QuickView::TheInstance()->getItem("Person"), "");
+    const QString good = writeCaseFile(QStringLiteral("a.est11"), "<Person>Hans</Person>");
+    const QString withoutValues = writeCaseFile(QStringLiteral("b.est11"), "<Steuerfall/>");
+    QuickViewWidget widget;
+
+    for (const QString& unreadable : {m_install->root() + QStringLiteral("/fehlt.est11"), withoutValues,
+                                      QStringLiteral("<Unbekannt>/a.est11")}) {
+        widget.setFile(good);
+        QCOMPARE(fieldText(widget, "PersonsField"), QStringLiteral("Hans"));
+        widget.setFile(unreadable);
+        QCOMPARE(m_boxes->boxes, QStringList{readError});
+        m_boxes->boxes.clear();
+        QCOMPARE(currentPage(widget), QStringLiteral("InformationPage"));
+        QCOMPARE(fileLabel(widget)->text(), QStringLiteral("<Filename>"));
+        QCOMPARE(fieldText(widget, "PersonsField"), QStringLiteral("<Personendaten>"));
+        QCOMPARE(fieldText(widget, "CommentField"), QStringLiteral("<Kommentar>"));
+        QCOMPARE(QuickView::TheInstance()->getItem("Person"), "");
+    }
+}
+
+void TestQuickView::moreStartsTheViewerWithTheQuotedPath()
+{
+    QStringList started;
+    bool starts = true;
+    CrossPlatformApi::setDetachedStarter([&](const QString& program, const QStringList& arguments) {
+            started << program + QLatin1Char('|') + arguments.join(QLatin1Char('|'));
+            return starts;
+        });
+    const QString path = writeCaseFile(QStringLiteral("Musterfall Familie 2011.est11"), "<Person>Familie</Person>");
+    QuickViewWidget widget;
+    widget.setFile(path);
+    QPushButton* more = widget.findChild<QPushButton*>(QStringLiteral("MoreButton"));
+
+    more->click();
+    QCOMPARE(m_boxes->boxes, QStringList{viewerMissing});
+    m_boxes->boxes.clear();
+
+    const QString viewer = m_install->resourcesDir() + QStringLiteral("Dmqv32.exe");
+    QVERIFY(m_install->writeResource(QStringLiteral("Dmqv32.exe"), "#!/bin/sh\n"));
+    more->click();   // present but not executable
+    QCOMPARE(m_boxes->boxes, QStringList{viewerFailed});
+    m_boxes->boxes.clear();
+    QVERIFY(started.isEmpty());
+
+    QFile(viewer).setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    more->click();
+    QVERIFY(m_boxes->boxes.isEmpty());
+    QCOMPARE(started, QStringList{viewer + QLatin1Char('|') + path});
+
+    starts = false;
+    more->click();
+    QCOMPARE(m_boxes->boxes, QStringList{viewerFailed});
+}
+
+SC_TEST(TestQuickView)
+#include "tst_quickview.moc"
