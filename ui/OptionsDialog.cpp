@@ -91,6 +91,7 @@ void OptionsDialog::createControls()
     m_pMainLayout->setSizeConstraint(QLayout::SetFixedSize);
     m_pMainLayout->setContentsMargins(18, 16, 18, 12);
     m_pMainLayout->setSpacing(6);
+    m_pMainLayout->addStrut(300);   // wider than the texts need, so the buttons keep clear of the edge
 
     QVBoxLayout* start =
         addGroup(m_pMainLayout, createHeading(QStringLiteral("Beim Aufruf des Start-Centers"), this));
