@@ -1,7 +1,7 @@
 // DMFileName::compose on arbitrary paths and folder symbols. The input is
 // lines: the path, the base folder, then symbol definitions "NAME=value".
 // Besides composing, a path put into symbolic form below the symbol
-// "HomeDataDir" must compose to the same absolute path again.
+// "HomeDataDir" must compose to the same folder or file again.
 
 #include "DMFileName.h"
 #include "FuzzSupport.h"
@@ -9,6 +9,13 @@
 #include <string_view>
 
 namespace {
+
+std::string withoutTrailingSlashes(std::string path)
+{
+    while (path.size() > 1 && path.back() == '/')
+        path.pop_back();
+    return path;
+}
 
 std::string_view nextLine(std::string_view& text)
 {
@@ -47,8 +54,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     DMFileName relative(path);
     if (relative.makeRelPath()) {
         const std::string again = DMFileName(relative.asParmeterisedString()).compose();
-        // Only an expansion that outgrows the length limit may fail here.
-        FUZZ_CHECK(again == composed || again.empty());
+        // The symbol's own value decides whether a trailing "/" comes back;
+        // only an expansion that outgrows the length limit may fail.
+        FUZZ_CHECK(again.empty() || withoutTrailingSlashes(again) == withoutTrailingSlashes(composed));
     }
     DMFileName::resetGlobalFileEnvironment();
     return 0;
