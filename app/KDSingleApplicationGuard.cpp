@@ -408,12 +408,21 @@ void KDSingleApplicationGuard::Private::start(const QStringList& arguments)
 // Creates the segment, or attaches to the one that exists. A segment left
 // behind by a process that ended without detaching goes away when the last
 // user detaches, hence the attach and detach before the creation.
+//
+// A segment that is still in use after that is joined at once: a failed
+// QSharedMemory::create() takes the segment's lock over and resets it, which
+// would break the lock for the processes already using it.
 bool KDSingleApplicationGuard::Private::openSegment(bool* created)
 {
     QString notes;
     for (int attempt = 1;; ++attempt) {
-        if (memory.attach())
+        if (memory.attach()) {
             memory.detach();
+            if (memory.attach()) {
+                *created = false;
+                return true;
+            }
+        }
         if (memory.create(sizeof(InstanceRegister))) {
             *created = true;
             return true;

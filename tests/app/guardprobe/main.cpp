@@ -13,13 +13,13 @@
 #include "KDSingleApplicationGuard.h"
 
 #include <QCoreApplication>
-#include <QFile>
 #include <QHash>
 #include <QSocketNotifier>
 #include <QTimer>
 
 #include <cstdio>
-#include <memory>
+
+#include <unistd.h>
 
 namespace {
 
@@ -41,7 +41,6 @@ public:
         : m_guard(guard)
         , m_commands(0, QSocketNotifier::Read)
     {
-        m_stdin.open(stdin, QIODevice::ReadOnly);
         connect(&m_guard, &KDSingleApplicationGuard::instanceStarted, this, [this](const auto& instance) {
             m_known.insert(instance.pid(), instance);
             say(QStringLiteral("started %1 %2 %3")
@@ -57,17 +56,29 @@ public:
                 [] { say(QStringLiteral("raise-requested")); });
         connect(&m_guard, &KDSingleApplicationGuard::policyChanged, this,
                 [](KDSingleApplicationGuard::Policy policy) { say(QStringLiteral("policy %1").arg(int(policy))); });
-        connect(&m_commands, &QSocketNotifier::activated, this, &Probe::readCommand);
+        connect(&m_commands, &QSocketNotifier::activated, this, &Probe::readCommands);
     }
 
 private:
-    void readCommand()
+    // Reads stdin without buffering of its own, so that no command waits in
+    // a buffer while the notifier sees an empty pipe.
+    void readCommands()
     {
-        const QByteArray line = m_stdin.readLine().trimmed();
-        if (line.isEmpty() && m_stdin.atEnd()) {
+        char chunk[512];
+        const ssize_t got = ::read(0, chunk, sizeof chunk);
+        if (got <= 0) {
             m_commands.setEnabled(false);
             return;
         }
+        m_pending.append(chunk, got);
+        for (qsizetype end = m_pending.indexOf('\n'); end >= 0; end = m_pending.indexOf('\n')) {
+            run(m_pending.left(end).trimmed());
+            m_pending.remove(0, end + 1);
+        }
+    }
+
+    void run(const QByteArray& line)
+    {
         const QList<QByteArray> words = line.split(' ');
         const QByteArray& command = words.first();
         if (command == "quit") {
@@ -89,8 +100,8 @@ private:
     }
 
     KDSingleApplicationGuard& m_guard;
-    QFile m_stdin;
     QSocketNotifier m_commands;
+    QByteArray m_pending;
     QHash<qint64, KDSingleApplicationGuard::Instance> m_known;
 };
 
