@@ -724,11 +724,6 @@ bool KDSingleApplicationGuard::isOperational() const
     return d->operational;
 }
 
-bool KDSingleApplicationGuard::isValid() const
-{
-    return isOperational();
-}
-
 bool KDSingleApplicationGuard::isPrimaryInstance() const
 {
     return d->id == 0;

@@ -43,8 +43,6 @@ public:
     ~KDSingleApplicationGuard() override;
 
     bool isOperational() const;
-    // Same as isOperational(); the start-up code asks under this name.
-    bool isValid() const;
     bool isPrimaryInstance() const;
 
     Policy policy() const;
