@@ -13,13 +13,16 @@
 #include "SharedHelpers.h"
 #include "StartCenter.h"
 
+#include <QAbstractEventDispatcher>
 #include <QApplication>
 #include <QDir>
 #include <QLoggingCategory>
 #include <QTimer>
 #include <QTranslator>
 
+#include <cstdio>
 #include <cstdlib>
+#include <memory>
 
 Q_LOGGING_CATEGORY(lcStartUp, "startcenter.startup", QtWarningMsg)
 
@@ -51,6 +54,19 @@ void exportLibrarySearchPath(const QDir& contents)
     qputenv("DYLD_FALLBACK_LIBRARY_PATH", path.toLocal8Bit());
 }
 
+// For the start-up benchmark only: one line on the standard output once the
+// window is shown and the event loop has nothing left to do.
+void reportShownWhenIdle()
+{
+    auto connection = std::make_shared<QMetaObject::Connection>();
+    *connection = QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock,
+                                   [connection] {
+                                       QObject::disconnect(*connection);
+                                       std::fputs("shown\n", stdout);
+                                       std::fflush(stdout);
+                                   });
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -72,7 +88,9 @@ int main(int argc, char** argv)
     QCoreApplication::setAttribute(Qt::AA_DontShowIconsInMenus, true);
     QCoreApplication::installTranslator(&translator);
 
-    KDSingleApplicationGuard guard(KDSingleApplicationGuard::NoPolicy);
+    // A later start hands its Wayland activation token over with its arguments.
+    KDSingleApplicationGuard guard(StartCenter::guardArguments(QCoreApplication::arguments()),
+                                   KDSingleApplicationGuard::NoPolicy);
 
     FilePath appDir(cApplicationInfo::theInstance()->getAppDir());
     if (appDir.isUNC())
@@ -112,9 +130,11 @@ int main(int argc, char** argv)
     mainWindow.show();
 
     QObject::connect(&guard, &KDSingleApplicationGuard::instanceStarted, &mainWindow,
-                     &StartCenter::activateMainWindow);
+                     &StartCenter::activateForInstance);
     QObject::connect(&application, &QGuiApplication::lastWindowClosed, &application, &QCoreApplication::quit);
 
     QTimer::singleShot(0, [] { qCDebug(lcStartUp) << "start-up complete"; });
+    if (qEnvironmentVariableIsSet("SC_BENCH_REPORT_SHOWN"))
+        reportShownWhenIdle();
     return QApplication::exec();
 }

@@ -1,17 +1,117 @@
 #pragma once
 
-#include <QMainWindow>
+#include "KDSingleApplicationGuard.h"
+#include "Ui_MainWindow.h"
 
-// The launcher's main window.
+#include <QMainWindow>
+#include <QProcess>
+#include <QStringList>
+#include <QTimer>
+
+#include <map>
+#include <memory>
+
+class QSoundEffect;
+
+// The launcher's main window: six mode buttons, one page per mode, a header
+// picture and a tool bar. Choosing a mode switches the layered settings to
+// that mode; the pages' actions start the tax program.
+//
+// The slots are implemented by topic:
+//   StartCenter.cpp            window, modes, options, activation
+//   StartCenterLaunch.cpp      starting and watching the tax program
+//   StartCenterUpdate.cpp      online update
+//   StartCenterCompanions.cpp  manual, help, web pages, folders, support tools, advisors
+//   StartCenterUninstall.cpp   removing the installation
 class StartCenter : public QMainWindow
 {
     Q_OBJECT
 
 public:
     explicit StartCenter(QWidget* parent = nullptr, Qt::WindowFlags flags = {});
+    ~StartCenter() override;
+
+    void initVersionMap();
+    // The edition number of "Application"/"ProductSubType"; an unknown name
+    // is added to the map as edition 0.
+    int getVersionType();
+
+    // Starts the tax program with the mode parameter followed by params;
+    // true when it started.
+    bool startORVWithParam(const QStringList& params);
+    // Tax programs started and not yet finished.
+    int runningCount() const { return m_runningCount; }
+
+    // Breaks text into lines no wider than width pixels in font, joined with
+    // "<br>" when html is set, otherwise with line feeds.
+    static QString doWordWrap(const QString& text, int width, const QFont& font, bool html);
+
+    // The argument list a start registers with the single-instance guard:
+    // the command line, followed by the desktop's activation token when this
+    // process got one (XDG_ACTIVATION_TOKEN, Wayland), so that the running
+    // instance may take the focus on its behalf.
+    static QStringList guardArguments(const QStringList& arguments);
+    // Removes the activation token added by guardArguments from arguments
+    // and returns it; empty when there is none.
+    static QString takeActivationToken(QStringList& arguments);
+
+    // The information database (advisor plus).
+    bool startInfoMan(const QString& params);
+    QString infoManPath() const;
+    bool isInfoManInstalled() const;
+
+    // Asks whether to install the newer version now; ends the launcher when
+    // the update is started.
+    void askStartOnlineUpdate();
 
 public slots:
-    // Brings the window to the front: shown normally if it was minimised,
-    // raised and made the active window.
+    void openBeraterPlus();
+    void openBeraterNebenk();
+    void openBerater();
+    void openTaxbook();
+    void openManual();
+    void showOptions();
+    void startReportTool();
+    void startNetViewer();
+    void openProgramFolder();
+    void openTaxFolder();
+    void startUninstall();
+    void startOnlineUpdate();
+    bool showOnlineConfiguration();
+    void setNormal() {}
+    void setVorweg() {}
+    void setErmaess() {}
+    void setEinur() {}
+    void setEinurVor() {}
+    void setFest() {}
+    void buttonNormalClicked();
+    void buttonVorwegClicked();
+    void buttonErmaessClicked();
+    void buttonEinurClicked();
+    void buttonEinurVorClicked();
+    void buttonFestClicked();
+    void startORV();
+    void startORV(const QString& file);
+    void startConvert();
+    void startConvert(const QString& file);
+    void orvFinished(int exitCode, QProcess::ExitStatus exitStatus);
     void activateMainWindow();
+    // Another start of the launcher: takes over its activation token, then
+    // activateMainWindow().
+    void activateForInstance(const KDSingleApplicationGuard::Instance& instance);
+    void openInfoManLink(const QString& link);
+    void showMarvendo();
+    void checkUpdateResult();
+
+private:
+    // The work of the six click handlers.
+    void chooseMode(int mode);
+    void playStartSound();
+
+    std::map<QString, int> m_versionMap;
+    quint16 m_mode = 0;
+    Ui_MainWindow m_ui;
+    int m_runningCount = 0;
+    QTimer m_updateTimer;
+    std::unique_ptr<QSoundEffect> m_startSound;
 };

@@ -1,0 +1,475 @@
+#include "Ui_MainWindow.h"
+
+#include "ActionPage.h"
+#include "Configuration.h"
+#include "FontHelper.h"
+#include "ModePages.h"
+#include "OnlineUpdate.h"
+#include "PixmapManager.h"
+#include "SCAppStyle.h"
+#include "SCColors.h"
+#include "SelectionButton.h"
+#include "StartCenter.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QBoxLayout>
+#include <QFrame>
+#include <QLabel>
+#include <QMainWindow>
+#include <QMenu>
+#include <QPropertyAnimation>
+#include <QScreen>
+#include <QSignalTransition>
+#include <QState>
+#include <QStateMachine>
+#include <QToolBar>
+#include <QToolButton>
+
+namespace {
+
+using PageSignal = void (Ui_MainWindow::*)();
+using ClickHandler = void (StartCenter::*)();
+
+struct ModeDescription
+{
+    const char* name;
+    const char* buttonName;
+    const char* pageName;
+    const char* caption;
+    const char* subCaption;
+    PageSignal pageSignal;
+    ClickHandler clickHandler;
+    ActionPage* (*createPage)(QWidget* parent);
+};
+
+template<class Page>
+ActionPage* createPage(QWidget* parent)
+{
+    return new Page(parent);
+}
+
+// Captions are UTF-8 here: they go to the user interface, not to the settings.
+const ModeDescription modes[Ui_MainWindow::ModeCount] = {
+    {"normal", "BtnNormal", "pageNormal", "Steuererklärung 2011", "",
+     &Ui_MainWindow::showPageNormal, &StartCenter::buttonNormalClicked, &createPage<ModePageNormal>},
+    {"vorweg", "BtnVorweg", "pageVorweg", "Prognose/Vorweg-Erfassung 2012", "",
+     &Ui_MainWindow::showPageVorweg, &StartCenter::buttonVorwegClicked, &createPage<ModePageVorweg>},
+    {"ermaess", "BtnErmaess", "pageErmaess", "Lohnsteuer-Ermäßigung 2012", "",
+     &Ui_MainWindow::showPageErmaess, &StartCenter::buttonErmaessClicked, &createPage<ModePageErmaess>},
+    {"einur", "BtnEinur", "pageEinur", "Gewinnermittlung 2011", "Umsatz-/Gewerbesteuer",
+     &Ui_MainWindow::showPageEinur, &StartCenter::buttonEinurClicked, &createPage<ModePageEinur>},
+    {"einurvor", "BtnEinurVor", "pageEinurVor", "Gewinn-Erfassung 2012", "Umsatzsteuervoranmeldung",
+     &Ui_MainWindow::showPageEinurVor, &StartCenter::buttonEinurVorClicked, &createPage<ModePageEinurVor>},
+    {"fest", "BtnFest", "pageFest", "Gesonderte Feststellung 2011", "",
+     &Ui_MainWindow::showPageFest, &StartCenter::buttonFestClicked, &createPage<ModePageFest>},
+};
+
+constexpr int toolTipWidth = 210;
+constexpr int dividerGap = 5;
+constexpr int selectionSpacing = 2;
+constexpr int centralMargin = 5;
+constexpr int pageSlideDurationMs = 500;
+
+// A picture by its role: the edition's information file may name another
+// picture for the role (section = role, key "pic").
+QPixmap picture(const char* role, const char* defaultName)
+{
+    PixmapManager* pixmaps = PixmapManager::theInstance();
+    return *pixmaps->getPixmap(pixmaps->resolvePixName(role, defaultName));
+}
+
+QString helpText(const QString& key)
+{
+    return QString::fromLatin1(cConfiguration::theInstance()
+                                   ->GetString("StartCenter.HelpText", key.toLatin1().constData(), "")
+                                   .c_str());
+}
+
+} // namespace
+
+const char* Ui_MainWindow::modeName(int mode)
+{
+    return mode >= 0 && mode < ModeCount ? modes[mode].name : modes[ModeNormal].name;
+}
+
+int Ui_MainWindow::metric(int customMetric) const
+{
+    const int value = m_window->style()->pixelMetric(QStyle::PixelMetric(customMetric));
+    if (value > 0)
+        return value;
+    // Another style than the launcher's own (a test, a broken style setting):
+    // the launcher's values still fix the layout.
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    return SCAppStyle::customPixelMetric(customMetric - QStyle::PM_CustomBase,
+                                         screen ? screen->geometry().size() : QSize())
+        .value_or(0);
+}
+
+void Ui_MainWindow::setupUi(QMainWindow* window, int edition)
+{
+    m_window = qobject_cast<StartCenter*>(window);
+    Q_ASSERT(m_window);
+    m_edition = edition;
+
+    QFont font = QApplication::font();
+    font.setPointSize(int(font.pointSize() / FontHelper().getFontScale()));
+    window->setFont(font);
+    window->setObjectName(QStringLiteral("MainWindow"));
+    window->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    // The close button is not implied on X11 and Wayland as it is on the Mac.
+    window->setWindowFlags(Qt::Window | Qt::MSWindowsFixedSizeDialogHint | Qt::WindowTitleHint
+                           | Qt::WindowSystemMenuHint | Qt::WindowMinimizeButtonHint
+                           | Qt::WindowCloseButtonHint);
+    window->setContextMenuPolicy(Qt::PreventContextMenu);
+
+    const QColor toolbarTop = SCColors::getColor(SCColors::keyToolbarGradientTop, QColor(68, 122, 210));
+    const QColor toolbarBottom = SCColors::getColor(SCColors::keyToolbarGradientBottom, QColor(50, 77, 127));
+    m_toolbarGradient = QLinearGradient(0, 0, metric(SCAppStyle::PM_ModeDividerWidth), 0);
+    m_toolbarGradient.setColorAt(0.0, toolbarTop);
+    m_toolbarGradient.setColorAt(0.5, toolbarBottom);
+    m_toolbarGradient.setColorAt(1.0, toolbarTop);
+
+    const QColor background = SCColors::getColor(SCColors::keyBackground, QColor(245, 245, 245));
+    QLinearGradient backgroundGradient(0, 82, 0, 510);
+    backgroundGradient.setColorAt(0.0, Qt::white);
+    backgroundGradient.setColorAt(1.0, QColor(247, 247, 249));
+    QBrush backgroundBrush(backgroundGradient);
+    backgroundBrush.setColor(SCColors::mixColor(Qt::white, 50, QColor(247, 247, 249), 50));
+    QPalette windowPalette = window->palette();
+    windowPalette.setColor(QPalette::Window, background);
+    windowPalette.setBrush(QPalette::Window, backgroundBrush);
+    window->setPalette(windowPalette);
+
+    createActions(window);
+
+    m_centralWidget = new QWidget(window);
+    m_centralWidget->setObjectName(QStringLiteral("centralwidget"));
+    m_mainLayout = new QVBoxLayout(m_centralWidget);
+    m_mainLayout->setObjectName(QStringLiteral("MainLayout"));
+    m_mainLayout->setSpacing(0);
+    m_mainLayout->setContentsMargins(0, 0, 0, 0);
+
+    m_header = new QLabel(m_centralWidget);
+    m_header->setObjectName(QStringLiteral("Header"));
+    m_header->setFixedSize(metric(SCAppStyle::PM_HeaderPictureWidth), metric(SCAppStyle::PM_HeaderPictureHeight));
+    m_header->setScaledContents(true);
+    m_header->setPixmap(picture("Header", "sc_header"));
+    m_mainLayout->addWidget(m_header);
+
+    m_centralLayout = new QHBoxLayout();
+    m_centralLayout->setObjectName(QStringLiteral("CentralLayout"));
+    m_centralLayout->setContentsMargins(centralMargin, centralMargin, centralMargin, centralMargin);
+    m_centralLayout->setSpacing(0);
+    m_centralLayout->setSizeConstraint(QLayout::SetFixedSize);
+    m_selectionLayout = new QVBoxLayout();
+    m_selectionLayout->setObjectName(QStringLiteral("SelectionLayout"));
+    m_selectionLayout->setSpacing(selectionSpacing);
+    m_selectionLayout->setContentsMargins(0, 0, 0, 0);
+    createSelectionButtons();
+    m_centralLayout->addLayout(m_selectionLayout);
+
+    // The space beside the column is split evenly before and after the pages.
+    const int pageWidth = metric(SCAppStyle::PM_PageWidth);
+    const int freeWidth = metric(SCAppStyle::PM_MainWindowWidth) - 2 * centralMargin
+        - metric(SCAppStyle::PM_ModeDividerWidth) - pageWidth;
+    m_centralLayout->addSpacing(freeWidth / 2);
+    m_centerStack = new QFrame(m_centralWidget);
+    m_centerStack->setObjectName(QStringLiteral("CenterStack"));
+    m_centerStack->setFrameShape(QFrame::NoFrame);
+    m_centerStack->setFixedSize(pageWidth, metric(SCAppStyle::PM_PageHeight));
+    QPalette stackPalette = m_centerStack->palette();
+    stackPalette.setColor(QPalette::WindowText, SCColors::getDesignDarkBlue());
+    stackPalette.setColor(QPalette::Window, SCColors::getColor(SCColors::keyDefaultBkg, QColor(239, 242, 243)));
+    m_centerStack->setPalette(stackPalette);
+    m_centerStack->setAutoFillBackground(true);
+    m_centralLayout->addWidget(m_centerStack);
+    m_centralLayout->addSpacing(freeWidth - freeWidth / 2);
+    m_mainLayout->addLayout(m_centralLayout);
+    m_mainLayout->addStretch();
+    window->setCentralWidget(m_centralWidget);
+
+    for (int mode = 0; mode < ModeCount; ++mode) {
+        connect(m_modeButtons[mode], &QAbstractButton::clicked, m_window, modes[mode].clickHandler);
+        connect(m_modeButtons[mode], &SelectionButton::doubleClicked, m_window,
+                qOverload<>(&StartCenter::startORV));
+    }
+
+    createToolBar(window);
+    retranslateUi(window, true);
+    window->setFixedSize(metric(SCAppStyle::PM_MainWindowWidth), metric(SCAppStyle::PM_MainWindowHeight));
+    QMetaObject::connectSlotsByName(window);
+
+    for (int mode = 0; mode < ModeCount; ++mode) {
+        m_pages[mode] = modes[mode].createPage(m_centerStack);
+        m_pages[mode]->setObjectName(QLatin1String(modes[mode].pageName));
+        connectActionPage(m_pages[mode]);
+    }
+    initAnimation();
+}
+
+void Ui_MainWindow::retranslateUi(QMainWindow* window, bool withToolTips)
+{
+    window->setWindowTitle(QStringLiteral("Start-Center 2012"));
+
+    struct ActionText
+    {
+        QAction* action;
+        const char* text;
+        const char* toolTipKey;   // null: no tool tip
+    };
+    const ActionText actionTexts[] = {
+        {m_actionBeraterPlus, "SteuerBerater", "SteuerBerater"},
+        {m_actionBerater, "orvane-berater", "orvane-berater.example"},
+        {m_actionKursel, "Kursel", "Kursel"},
+        {m_actionHandbuch, "Handbuch", "Programmhandbuch"},
+        {m_actionSupport, "Support", "Support"},
+        {m_actionOnlineUpdate, "Online-Update", "OnlineUpdate"},
+        {m_actionOptionen, "Optionen", "Konfiguration"},
+        {m_actionReport, "Report erstellen", nullptr},
+        {m_actionNetViewet, "NetViewer starten", nullptr},
+        {m_actionProgFolder, "Programmordner öffnen", nullptr},
+        {m_actionTaxFolder, "Steuerfallordner öffnen", nullptr},
+        {m_actionUninstall, "Deinstallation", nullptr},
+        {m_actionOnlineStart, "Online-Update starten", nullptr},
+        {m_actionOnlineConfig, "Konfiguration", nullptr},
+    };
+    for (const ActionText& entry : actionTexts) {
+        entry.action->setText(QString::fromUtf8(entry.text));
+        if (withToolTips && entry.toolTipKey)
+            assignToolTip(entry.action, QLatin1String(entry.toolTipKey));
+    }
+
+    for (int mode = 0; mode < ModeCount; ++mode) {
+        m_modeButtons[mode]->setText(QString::fromUtf8(modes[mode].caption));
+        m_modeButtons[mode]->setSubText(QString::fromUtf8(modes[mode].subCaption));
+        if (withToolTips)
+            assignToolTip(m_modeButtons[mode], QLatin1String(modes[mode].name));
+    }
+}
+
+void Ui_MainWindow::updateUi()
+{
+    m_header->setPixmap(picture("Header", "sc_header"));
+}
+
+QAction* Ui_MainWindow::newAction(const char* objectName, const char* iconName)
+{
+    auto* action = new QAction(QIcon(picture(objectName, iconName)), QString(), m_window);
+    action->setObjectName(QLatin1String(objectName));
+    return action;
+}
+
+void Ui_MainWindow::createActions(QMainWindow*)
+{
+    StartCenter* window = m_window;
+    m_actionBeraterPlus = newAction("actionBeraterPlus", "sc_berater-small");
+    connect(m_actionBeraterPlus, &QAction::triggered, window, &StartCenter::openBeraterPlus);
+    m_actionBerater = newAction("actionBerater", "onlineberater_blau-small");
+    connect(m_actionBerater, &QAction::triggered, window, &StartCenter::openBerater);
+    m_actionKursel = newAction("actionKursel", "kompass-small");
+    connect(m_actionKursel, &QAction::triggered, window, &StartCenter::openTaxbook);
+    m_actionHandbuch = newAction("actionHandbuch", "handbuch");
+    connect(m_actionHandbuch, &QAction::triggered, window, &StartCenter::openManual);
+    m_actionSupport = newAction("actionSupport", "support");
+    m_actionOnlineUpdate = newAction("actionOnlineUpdate", "online-small");
+    m_actionOptionen = newAction("actionOptionen", "optionen");
+    connect(m_actionOptionen, &QAction::triggered, window, &StartCenter::showOptions);
+    m_actionReport = newAction("actionReport", "menu_report");
+    connect(m_actionReport, &QAction::triggered, window, &StartCenter::startReportTool);
+    m_actionNetViewet = newAction("actionNetViewet", "netviewer-small");
+    connect(m_actionNetViewet, &QAction::triggered, window, &StartCenter::startNetViewer);
+    m_actionProgFolder = newAction("actionProgFolder", "folder-closed-small");
+    connect(m_actionProgFolder, &QAction::triggered, window, &StartCenter::openProgramFolder);
+    m_actionTaxFolder = newAction("actionTaxFolder", "folder-closed-small");
+    connect(m_actionTaxFolder, &QAction::triggered, window, &StartCenter::openTaxFolder);
+    m_actionUninstall = newAction("actionUninstall", "cd");
+    connect(m_actionUninstall, &QAction::triggered, window, &StartCenter::startUninstall);
+    m_actionOnlineStart = newAction("actionOnlineStart", "menu_online");
+    connect(m_actionOnlineStart, &QAction::triggered, window, &StartCenter::startOnlineUpdate);
+    m_actionOnlineConfig = newAction("actionOnlineConfig", "online_konfig");
+    connect(m_actionOnlineConfig, &QAction::triggered, window, &StartCenter::showOnlineConfiguration);
+}
+
+QAction* Ui_MainWindow::editionAction() const
+{
+    switch (m_edition) {
+    case 0:
+        return m_actionKursel;
+    case 1:
+    case 3:
+        return m_actionBeraterPlus;
+    case 2:
+        return m_actionBerater;
+    default:
+        return nullptr;
+    }
+}
+
+void Ui_MainWindow::createToolBar(QMainWindow* window)
+{
+    m_toolBar = new QToolBar(window);
+    m_toolBar->setObjectName(QStringLiteral("toolBar"));
+    m_toolBar->setMovable(false);
+    m_toolBar->setOrientation(Qt::Horizontal);
+    m_toolBar->setIconSize(QSize(24, 24));
+    m_toolBar->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
+    window->addToolBar(Qt::BottomToolBarArea, m_toolBar);
+
+    if (QAction* extra = editionAction())
+        m_toolBar->addAction(extra);
+    m_toolBar->addAction(m_actionHandbuch);
+    m_toolBar->addAction(m_actionSupport);
+    m_toolBar->addAction(m_actionOnlineUpdate);
+    m_toolBar->addAction(m_actionOptionen);
+
+    m_supportMenu = new QMenu(window);
+    m_supportMenu->setObjectName(QStringLiteral("supportMenu"));
+    m_supportMenu->addAction(m_actionNetViewet);
+    m_supportMenu->addAction(m_actionProgFolder);
+    m_supportMenu->addAction(m_actionTaxFolder);
+    if (!cConfiguration::theInstance()->GetString("StartCenter", "ProductCode", "").empty())
+        m_supportMenu->addAction(m_actionUninstall);
+    m_actionSupport->setMenu(m_supportMenu);
+
+    m_onlineUpdateMenu = new QMenu(window);
+    m_onlineUpdateMenu->setObjectName(QStringLiteral("onlineUpdateMenu"));
+    if (OnlineUpdate::theInstance()->isExecutable()) {
+        m_onlineUpdateMenu->addAction(m_actionOnlineStart);
+        m_onlineUpdateMenu->addAction(m_actionOnlineConfig);
+        m_actionOnlineUpdate->setMenu(m_onlineUpdateMenu);
+    } else {
+        m_actionOnlineUpdate->setEnabled(false);
+        m_actionOnlineUpdate->setVisible(false);
+    }
+
+    // The first tool button of the bar is its extension button, hence the
+    // start at the second: every action's button opens its menu at once.
+    const QList<QToolButton*> buttons = m_toolBar->findChildren<QToolButton*>();
+    for (qsizetype i = 1; i < buttons.size(); ++i)
+        buttons.at(i)->setPopupMode(QToolButton::InstantPopup);
+
+    QPalette palette = m_toolBar->palette();
+    palette.setColor(QPalette::Button, SCColors::getColor(SCColors::keyToolbarGradientTop, QColor(68, 122, 210)));
+    palette.setColor(QPalette::AlternateBase,
+                     SCColors::getColor(SCColors::keyToolbarGradientBottom, QColor(50, 77, 127)));
+    palette.setColor(QPalette::ButtonText, SCColors::getColor(SCColors::keyNormalToolbarText, Qt::white));
+    palette.setColor(QPalette::Disabled, QPalette::ButtonText,
+                     SCColors::getColor(SCColors::keyDisabledToolbarText, QColor(112, 152, 220)));
+    m_toolBar->setPalette(palette);
+}
+
+void Ui_MainWindow::createSelectionButtons()
+{
+    // The buttons share the column's height with the five dividers.
+    const int dividerHeight = dividerGap + 1 + 2 * selectionSpacing;
+    const int buttonHeight =
+        (metric(SCAppStyle::PM_PageHeight) - (ModeCount - 1) * (dividerHeight + selectionSpacing)) / ModeCount;
+    for (int mode = 0; mode < ModeCount; ++mode) {
+        if (mode > 0)
+            addDivider(m_selectionLayout);
+        m_modeButtons[mode] = createModusButton(QLatin1String(modes[mode].buttonName),
+                                                QLatin1String(modes[mode].name));
+        m_modeButtons[mode]->setFixedSize(metric(SCAppStyle::PM_ModeDividerWidth), buttonHeight);
+        m_selectionLayout->addWidget(m_modeButtons[mode]);
+    }
+    m_selectionLayout->addStretch();
+}
+
+SelectionButton* Ui_MainWindow::createModusButton(const QString& objectName, const QString& iconName)
+{
+    auto* button = new SelectionButton(m_centralWidget);
+    button->setObjectName(objectName);
+    const QByteArray role = objectName.toLatin1();
+    const QByteArray name = iconName.toLatin1();
+    button->setIcon(QIcon(picture(role.constData(), name.constData())));
+    button->setIconSize(QSize(SelectionButton::IconSize, SelectionButton::IconSize));
+    button->setCheckable(true);
+    button->setAutoExclusive(true);
+    button->setFlat(false);
+    return button;
+}
+
+void Ui_MainWindow::addDivider(QLayout* layout)
+{
+    if (auto* box = qobject_cast<QBoxLayout*>(layout))
+        box->addSpacing(dividerGap);
+    auto* divider = new QWidget(m_centralWidget);
+    divider->setFixedSize(metric(SCAppStyle::PM_ModeDividerWidth), 1);
+    QPalette palette = divider->palette();
+    palette.setBrush(QPalette::Window, QBrush(m_toolbarGradient));
+    divider->setPalette(palette);
+    divider->setAutoFillBackground(true);
+    layout->addWidget(divider);
+}
+
+void Ui_MainWindow::assignToolTip(QWidget* widget, const QString& key)
+{
+    widget->setToolTip(helpText(key));
+}
+
+void Ui_MainWindow::assignToolTip(QAction* action, const QString& key)
+{
+    action->setToolTip(StartCenter::doWordWrap(helpText(key), toolTipWidth, m_window->font(), false));
+}
+
+void Ui_MainWindow::connectActionPage(ActionPage* page)
+{
+    connect(page, qOverload<>(&ActionPage::startORVClicked), m_window, qOverload<>(&StartCenter::startORV));
+    connect(page, qOverload<const QString&>(&ActionPage::startORVClicked), m_window,
+            qOverload<const QString&>(&StartCenter::startORV));
+    connect(page, qOverload<>(&ActionPage::startConvertClicked), m_window,
+            qOverload<>(&StartCenter::startConvert));
+    connect(page, qOverload<const QString&>(&ActionPage::startConvertClicked), m_window,
+            qOverload<const QString&>(&StartCenter::startConvert));
+}
+
+// Every page waits below the visible area; the state of the chosen mode
+// lifts its page into place, and leaving that state lets it slide back.
+void Ui_MainWindow::initAnimation()
+{
+    const int width = metric(SCAppStyle::PM_PageWidth);
+    const int height = metric(SCAppStyle::PM_PageHeight);
+
+    m_stateMachine = new QStateMachine(this);
+    m_stateMachine->setGlobalRestorePolicy(QState::RestoreProperties);
+    m_modeStateGroup = new QState(m_stateMachine);
+    m_modeStateGroup->setObjectName(QStringLiteral("modeStateGroup"));
+
+    for (int mode = 0; mode < ModeCount; ++mode) {
+        ActionPage* page = m_pages[mode];
+        page->setGeometry(0, height + 10, width, height);
+
+        m_pageStates[mode] = new QState(m_modeStateGroup);
+        m_pageStates[mode]->assignProperty(page, "geometry", QRect(0, 0, width, height));
+        m_modeStateGroup->addTransition(this, modes[mode].pageSignal, m_pageStates[mode]);
+
+        auto* animation = new QPropertyAnimation(page, "geometry", m_stateMachine);
+        animation->setEasingCurve(QEasingCurve::OutQuad);
+        animation->setDuration(pageSlideDurationMs);
+        m_stateMachine->addDefaultAnimation(animation);
+    }
+    m_modeStateGroup->setInitialState(m_pageStates[ModeNormal]);
+    m_stateMachine->setInitialState(m_modeStateGroup);
+    m_stateMachine->start();
+}
+
+void Ui_MainWindow::showMode(int mode)
+{
+    if (mode < 0 || mode >= ModeCount)
+        return;
+    m_pages[mode]->updateUI();
+    emit (this->*modes[mode].pageSignal)();
+    m_modeButtons[mode]->setChecked(true);
+    m_modeStateGroup->setInitialState(m_pageStates[mode]);
+}
+
+ActionPage* Ui_MainWindow::page(int mode) const
+{
+    return mode >= 0 && mode < ModeCount ? m_pages[mode] : nullptr;
+}
+
+SelectionButton* Ui_MainWindow::modeButton(int mode) const
+{
+    return mode >= 0 && mode < ModeCount ? m_modeButtons[mode] : nullptr;
+}
