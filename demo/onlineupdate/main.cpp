@@ -16,7 +16,6 @@
 // per-user state folder, $XDG_STATE_HOME/de.marvendo.onlineupdate/runs.log.
 
 #include <QCoreApplication>
-#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -44,7 +43,7 @@ QString logPath()
     return path + QStringLiteral("/de.marvendo.onlineupdate/runs.log");
 }
 
-// One line per run: the time and the arguments, separated by a tab.
+// One line per run: the arguments.
 void logRun(const QStringList& arguments)
 {
     const QString path = logPath();
@@ -52,9 +51,7 @@ void logRun(const QStringList& arguments)
     QFile log(path);
     if (!log.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Text))
         return;
-    log.write((QDateTime::currentDateTime().toString(Qt::ISODate) + QLatin1Char('\t')
-               + arguments.join(QLatin1Char(' ')) + QLatin1Char('\n'))
-                  .toUtf8());
+    log.write((arguments.join(QLatin1Char(' ')) + QLatin1Char('\n')).toUtf8());
 }
 
 // The kind of run: the first option after "-self" without its dash
