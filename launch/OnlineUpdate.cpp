@@ -181,8 +181,8 @@ int OnlineUpdate::startBackgroundCheck(unsigned int waitSeconds)
         m_lastBackgroundResult = CheckRunning;
         m_thread = new CheckVersionBackgroundThread(CrossPlatformApi::toQString(m_programPath));
         connect(m_thread, &QThread::finished, this, &OnlineUpdate::versionCheckThreadFinished);
-        // One step above idle: the check must not slow down the start, but
-        // should not starve behind everything else either.
+        // The lowest priority but one (Qt's lowest is IdlePriority): the
+        // check must not slow down the start, nor wait for an idle machine.
         m_thread->start(QThread::LowestPriority);
     }
     // The finished() signal is queued to this thread; when the wait succeeds
@@ -235,13 +235,15 @@ int OnlineUpdate::execOuExe(const QString& args)
     // input is held back, so that nothing can be started meanwhile.
     QEventLoop loop;
     connect(&process, &QProcess::finished, &loop, &QEventLoop::quit);
-    QCoreApplication::instance()->installEventFilter(this);
+    if (m_runsOnGuiThread++ == 0)
+        QCoreApplication::instance()->installEventFilter(this);
     if (process.state() != QProcess::NotRunning)
         loop.exec();
     // The loop also ends when the application quits; the program still gets
     // to finish its work.
     process.waitForFinished(-1);
-    QCoreApplication::instance()->removeEventFilter(this);
+    if (--m_runsOnGuiThread == 0)
+        QCoreApplication::instance()->removeEventFilter(this);
 
     const int code = exitCodeOf(process);
     rememberExitCode(code);

@@ -38,8 +38,6 @@ public:
 
     ~OnlineUpdate() override;
 
-    // The update program (Latin-1 path).
-    std::string updateProgramPath() const { return m_programPath; }
     // The program exists and the installation is not on a read-only optical medium.
     bool isExecutable() const;
     // "Start"/"VersionCheckEvery" days have passed since the last check (or
@@ -104,8 +102,9 @@ private:
     int runCheck(const QString& args);
     void rememberExitCode(int code);
 
-    std::string m_programPath;
+    std::string m_programPath;   // Latin-1
     QString m_exitCodeText;
+    int m_runsOnGuiThread = 0;   // nested runs share one input filter
     int m_lastBackgroundResult = 0;
     CheckVersionBackgroundThread* m_thread = nullptr;
 };
