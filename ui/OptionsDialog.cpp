@@ -236,8 +236,9 @@ QString OptionsDialog::orvVersion()
         if (!version.empty())
             return QString::fromLatin1(version.c_str());
     }
-    return QString::fromLatin1(
-        CrossPlatformApi::getIniString("Version", "Version", "", app->getFilenameInAppDir(versionFile)).c_str());
+    const std::string fileVersion =
+        CrossPlatformApi::getIniString("Version", "Version", "", app->getFilenameInAppDir(versionFile));
+    return QString::fromLatin1(fileVersion.c_str());
 }
 
 QString OptionsDialog::launcherBuild()

@@ -19,8 +19,6 @@ namespace {
 
 const char viewerName[] = "Dmqv32.exe";
 const char sampleFolderName[] = "Musterf\xE4lle";
-const char* const itemPerson = DMDataFileInfo::keyPerson;
-const char* const itemComment = DMDataFileInfo::keyComment;
 
 const QString fileLabelPlaceholder = QStringLiteral("<Filename>");
 const QString personsPlaceholder = QStringLiteral("<Personendaten>");
@@ -125,8 +123,8 @@ QWidget* QuickViewWidget::createInformationPage()
     m_moreButton = new QPushButton(QStringLiteral("Mehr..."), page);
     m_moreButton->setObjectName(QStringLiteral("MoreButton"));
     m_moreButton->setFixedHeight(25);
-    m_moreButton->setToolTip(
-        QString::fromLatin1(cConfiguration::theInstance()->GetString("StartCenter.HelpText", "Mehr", "").c_str()));
+    const std::string moreHelp = cConfiguration::theInstance()->GetString("StartCenter.HelpText", "Mehr", "");
+    m_moreButton->setToolTip(QString::fromLatin1(moreHelp.c_str()));
     connect(m_moreButton, &QPushButton::clicked, this, &QuickViewWidget::openQuickView);
 
     auto* layout = new QVBoxLayout(page);
@@ -168,8 +166,10 @@ void QuickViewWidget::setFile(const QString& fileName)
     const QFileInfo file(CrossPlatformApi::toQString(m_path));
     m_fileLabel->setText(QStringLiteral("»") + file.fileName() + QStringLiteral("«"));
     m_fileLabel->setToolTip(wordWrap(file.absoluteFilePath(), tooltipWidth, m_fileLabel->font(), true));
-    m_persons->setPlainText(itemOr(itemPerson, QStringLiteral("Keine Angaben zur Person vorhanden.")));
-    m_comment->setPlainText(itemOr(itemComment, QStringLiteral("Keine weiteren Angaben vorhanden.")));
+    m_persons->setPlainText(
+        itemOr(DMDataFileInfo::keyPerson, QStringLiteral("Keine Angaben zur Person vorhanden.")));
+    m_comment->setPlainText(
+        itemOr(DMDataFileInfo::keyComment, QStringLiteral("Keine weiteren Angaben vorhanden.")));
 }
 
 void QuickViewWidget::openQuickView()

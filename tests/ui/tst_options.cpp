@@ -22,12 +22,30 @@ Button* button(const QWidget& dialog, const QString& text)
     return nullptr;
 }
 
-QCheckBox* playSound(const QWidget& d) { return button<QCheckBox>(d, QStringLiteral("Sound abspielen")); }
-QCheckBox* lastMode(const QWidget& d) { return button<QCheckBox>(d, QStringLiteral("zuletzt aktiven Modus auswählen")); }
-QCheckBox* versionCheck(const QWidget& d) { return button<QCheckBox>(d, QStringLiteral("Versionsprüfung durchführen")); }
-QRadioButton* minimize(const QWidget& d) { return button<QRadioButton>(d, QStringLiteral("Start-Center verbergen")); }
-QRadioButton* terminate(const QWidget& d) { return button<QRadioButton>(d, QStringLiteral("Start-Center beenden")); }
-QRadioButton* noChange(const QWidget& d) { return button<QRadioButton>(d, QStringLiteral("Start-Center nicht verändern")); }
+QCheckBox* playSound(const QWidget& dialog)
+{
+    return button<QCheckBox>(dialog, QStringLiteral("Sound abspielen"));
+}
+QCheckBox* lastMode(const QWidget& dialog)
+{
+    return button<QCheckBox>(dialog, QStringLiteral("zuletzt aktiven Modus auswählen"));
+}
+QCheckBox* versionCheck(const QWidget& dialog)
+{
+    return button<QCheckBox>(dialog, QStringLiteral("Versionsprüfung durchführen"));
+}
+QRadioButton* minimize(const QWidget& dialog)
+{
+    return button<QRadioButton>(dialog, QStringLiteral("Start-Center verbergen"));
+}
+QRadioButton* terminate(const QWidget& dialog)
+{
+    return button<QRadioButton>(dialog, QStringLiteral("Start-Center beenden"));
+}
+QRadioButton* noChange(const QWidget& dialog)
+{
+    return button<QRadioButton>(dialog, QStringLiteral("Start-Center nicht verändern"));
+}
 
 std::string stored(const char* section, const char* key)
 {
@@ -173,7 +191,8 @@ void TestOptionsDialog::versionTextFromTaxProgramVersionFileAndBundle()
 
     // The launcher's bundle gives its build; a tax program without a bundle
     // of its own must not take over the launcher's version.
-    QVERIFY(m_install->writeFile(QStringLiteral("Start-Center.app/Contents/Info.plist"), infoPlist("17.0.70.1")));
+    QVERIFY(m_install->writeFile(QStringLiteral("Start-Center.app/Contents/Info.plist"),
+                                 infoPlist("17.0.70.1")));
     QVERIFY(m_install->writeResource("ORV.app/Contents/MacOS/ORV", "#!/bin/sh\n"));
     QCOMPARE(OptionsDialog(nullptr, {}).getVersionString(),
              QStringLiteral("ORV Version 17.0.65\nStart-Center Build-70"));

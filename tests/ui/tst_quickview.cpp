@@ -67,7 +67,8 @@ void TestQuickView::init()
     m_boxes = std::make_unique<MessageBoxRecorder>();
     QuickView::resetInstance();
     QVERIFY(openUiSettings(*m_install, "[StartCenter.HelpText]\nMehr=Alle Angaben zum Steuerfall\n"));
-    DMFileName::getGlobalFileEnvironment().setSymbol("HomeDataDir", m_install->home().toLatin1().toStdString());
+    DMFileName::getGlobalFileEnvironment().setSymbol("HomeDataDir",
+                                                     m_install->home().toLatin1().toStdString());
 }
 
 void TestQuickView::cleanup()
@@ -82,7 +83,9 @@ void TestQuickView::cleanup()
 QString TestQuickView::writeCaseFile(const QString& name, const QByteArray& content) const
 {
     const QString relative = QStringLiteral("home/Steuerf\u00E4lle/") + name;
-    return m_install->writeFile(relative, content) ? m_install->root() + QLatin1Char('/') + relative : QString();
+    if (!m_install->writeFile(relative, content))
+        return QString();
+    return m_install->root() + QLatin1Char('/') + relative;
 }
 
 void TestQuickView::emptyNamePointsToSampleCases()
@@ -96,8 +99,8 @@ void TestQuickView::emptyNamePointsToSampleCases()
     QCOMPARE(currentPage(widget), QStringLiteral("NoFilePage"));
     const QString hint = widget.findChild<QStackedLayout*>()->currentWidget()->findChild<QLabel*>()->text();
     QVERIFY(hint.startsWith(QStringLiteral("<center><br><b>Keine Datei ausgewählt.")));
-    QVERIFY2(hint.endsWith(QStringLiteral("»") + m_install->resourcesDir() + QStringLiteral("Musterfälle«")),
-             qPrintable(hint));
+    const QString sampleFolder = m_install->resourcesDir() + QStringLiteral("Musterfälle");
+    QVERIFY2(hint.endsWith(QStringLiteral("»") + sampleFolder + QStringLiteral("«")), qPrintable(hint));
 }
 
 void TestQuickView::showsPersonsAndComment()
@@ -105,7 +108,8 @@ void TestQuickView::showsPersonsAndComment()
     const QString path = writeCaseFile(QStringLiteral("Lea Schäfer 2011.est11"),
                                        "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n<Steuerfall>\n"
                                        "<Person>Lea Sch\xE4" "fer</Person>\n"
-                                       "<Kommentar>Belege f\xFCr 2011\nnachreichen</Kommentar>\n</Steuerfall>\n");
+                                       "<Kommentar>Belege f\xFCr 2011\nnachreichen</Kommentar>\n"
+                                       "</Steuerfall>\n");
     QVERIFY(!path.isEmpty());
     QuickViewWidget widget;
     QCOMPARE(widget.findChild<QPushButton*>(QStringLiteral("MoreButton"))->toolTip(),
@@ -124,7 +128,8 @@ void TestQuickView::showsPersonsAndComment()
     QCOMPARE(fieldText(widget, "CommentField"), QStringLiteral("Belege für 2011\nnachreichen"));
 
     // An empty value and a missing one both get their fallback texts.
-    widget.setFile(writeCaseFile(QStringLiteral("Ohne Angaben.est11"), "<Steuerfall><Person></Person></Steuerfall>"));
+    widget.setFile(
+        writeCaseFile(QStringLiteral("Ohne Angaben.est11"), "<Steuerfall><Person></Person></Steuerfall>"));
     QVERIFY(m_boxes->boxes.isEmpty());
     QCOMPARE(QuickView::TheInstance()->getItem("Kommentar"), "?");
     QCOMPARE(fileLabel(widget)->text(), QStringLiteral("»Ohne Angaben.est11«"));
@@ -162,7 +167,8 @@ void TestQuickView::moreStartsTheViewerWithTheQuotedPath()
             started << program + QLatin1Char('|') + arguments.join(QLatin1Char('|'));
             return starts;
         });
-    const QString path = writeCaseFile(QStringLiteral("Musterfall Familie 2011.est11"), "<Person>Familie</Person>");
+    const QString path =
+        writeCaseFile(QStringLiteral("Musterfall Familie 2011.est11"), "<Person>Familie</Person>");
     QuickViewWidget widget;
     widget.setFile(path);
     QPushButton* more = widget.findChild<QPushButton*>(QStringLiteral("MoreButton"));

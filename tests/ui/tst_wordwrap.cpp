@@ -38,11 +38,11 @@ void TestWordWrap::linesFitAndBreakAfterBreakCharacters()
     for (int i = 0; i + 1 < lines.size(); ++i) {
         const QChar last = lines[i].back();
         const bool brokeAfterBlank = text.contains(lines[i] + QLatin1Char(' ') + lines[i + 1].front());
-        QVERIFY2(last == QLatin1Char('/') || last == QLatin1Char('-') || last == QLatin1Char('_') || brokeAfterBlank,
-                 qPrintable(lines[i]));
+        QVERIFY2(QStringLiteral("/-_").contains(last) || brokeAfterBlank, qPrintable(lines[i]));
     }
 
-    QCOMPARE(wordWrap(text, width, font, true), QString(wrapped).replace(QLatin1Char('\n'), QStringLiteral("<br>")));
+    QCOMPARE(wordWrap(text, width, font, true),
+             QString(wrapped).replace(QLatin1Char('\n'), QStringLiteral("<br>")));
     QCOMPARE(wordWrap(text, 10000, font, true), text);
 }
 
