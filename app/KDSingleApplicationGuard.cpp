@@ -4,6 +4,9 @@
 #include <QBasicTimer>
 #include <QCoreApplication>
 #include <QDeadlineTimer>
+#include <QDir>
+#include <QFileInfo>
+#include <QLockFile>
 #include <QSharedMemory>
 #include <QThread>
 #include <QTimerEvent>
@@ -53,6 +56,12 @@ KDSingleApplicationGuard::Policy policyFrom(int value)
 {
     return value == KDSingleApplicationGuard::AutoKillOtherInstances ? KDSingleApplicationGuard::AutoKillOtherInstances
                                                                      : KDSingleApplicationGuard::NoPolicy;
+}
+
+// Beside the key files Qt keeps in the temporary folder.
+QString startLockPath(const QSharedMemory& memory)
+{
+    return QDir(QDir::tempPath()).filePath(QFileInfo(memory.nativeKey()).fileName() + QLatin1String(".lock"));
 }
 
 void warnNotResponding()
@@ -340,6 +349,7 @@ public:
     bool operational = false;
 
 private:
+    bool join(const QStringList& arguments);
     bool openSegment(bool* created);
     bool awaitInitialisation();
     int registerIn(InstanceRegister& reg, bool created, const QStringList& arguments);
@@ -366,35 +376,11 @@ void KDSingleApplicationGuard::Private::start(const QStringList& arguments)
         primaryInstance = q;
 
     setRegisterKey(memory, name);
-    bool created = false;
-    if (!openSegment(&created))
+    if (!join(arguments))
         return;
-    if (!created && !awaitInitialisation()) {
-        memory.detach();
-        return;
-    }
-
-    bool endProcess = false;
-    {
-        LockedRegister reg(memory);
-        if (!reg) {
-            warnNotResponding();
-            memory.detach();
-            return;
-        }
-        id = registerIn(*reg, created, arguments);
-        if (id > 0 && policy == AutoKillOtherInstances) {
-            reg->processInfo[id].command |= CmdExited;
-            id = -1;
-            endProcess = true;
-        }
-    }
-    if (endProcess)
+    if (id > 0 && policy == AutoKillOtherInstances) {
+        shutdownInstance();
         std::exit(1);
-    if (id == -1) {
-        qWarning("KDSingleApplicationGuard: all %d slots of the instance register are taken", InstanceRegister::SlotCount);
-        memory.detach();
-        return;
     }
 
     struct sigaction action = {};
@@ -403,6 +389,37 @@ void KDSingleApplicationGuard::Private::start(const QStringList& arguments)
     sigaction(SIGINT, &action, nullptr);
     timer.start(PollInterval, q);
     operational = true;
+}
+
+// Opens the register and takes a slot in it. Starts of the same application
+// take turns here: the segment's own lock does not keep them apart, since
+// every QSharedMemory::create() resets it. Without the turn (no lock file
+// possible) the start goes on all the same.
+bool KDSingleApplicationGuard::Private::join(const QStringList& arguments)
+{
+    QLockFile startLock(startLockPath(memory));
+    startLock.tryLock(InitialisationTimeout);
+    bool created = false;
+    if (!openSegment(&created))
+        return false;
+    if (!created && !awaitInitialisation()) {
+        memory.detach();
+        return false;
+    }
+    {
+        LockedRegister reg(memory);
+        if (!reg) {
+            warnNotResponding();
+        } else {
+            id = registerIn(*reg, created, arguments);
+            if (id == -1)
+                qWarning("KDSingleApplicationGuard: all %d slots of the instance register are taken",
+                         InstanceRegister::SlotCount);
+        }
+    }
+    if (id == -1)
+        memory.detach();
+    return id != -1;
 }
 
 // Creates the segment, or attaches to the one that exists. A segment left

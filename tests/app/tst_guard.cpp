@@ -12,6 +12,7 @@
 
 #include <cstring>
 #include <memory>
+#include <vector>
 
 #include <signal.h>
 
@@ -32,9 +33,8 @@ public:
         m_process.setProgram(QStringLiteral(GUARDPROBE_PATH));
         m_process.setArguments(QStringList{key} + arguments);
         m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        QObject::connect(&m_process, &QProcess::started, [this] { m_pid = m_process.processId(); });
         m_process.start();
-        m_process.waitForStarted(LineTimeout);
-        m_pid = m_process.processId();
     }
     ~Probe()
     {
@@ -46,8 +46,14 @@ public:
         m_process.waitForFinished();
     }
 
-    qint64 pid() const { return m_pid; }
-    QString pidText() const { return QString::number(pid()); }
+    // Not waited for at the start, so that probes can start together.
+    qint64 pid()
+    {
+        if (!m_pid)
+            m_process.waitForStarted(LineTimeout);
+        return m_pid;
+    }
+    QString pidText() { return QString::number(pid()); }
     void send(const QByteArray& command)
     {
         m_process.write(command + '\n');
@@ -95,7 +101,7 @@ private:
 };
 
 // What a probe reports for a started instance with these arguments.
-QString startedLine(const Probe& probe, const QString& key, const QStringList& arguments, bool truncated = false)
+QString startedLine(Probe& probe, const QString& key, const QStringList& arguments, bool truncated = false)
 {
     return QStringLiteral("started %1 %2 %3")
         .arg(probe.pidText())
@@ -210,6 +216,26 @@ private Q_SLOTS:
         Probe third(key);
         QCOMPARE(third.exitCode(), 1);
         QCOMPARE(primary.take(QStringLiteral("exited ")), QStringLiteral("exited ") + third.pidText());
+    }
+
+    void simultaneousStartsFindOnePrimary()
+    {
+        const QString key = freshKey();
+        std::vector<std::unique_ptr<Probe>> probes;
+        for (int i = 0; i < 6; ++i)
+            probes.push_back(std::make_unique<Probe>(key));
+        Probe* primary = nullptr;
+        for (const auto& probe : probes) {
+            if (probe->role() == QLatin1String("primary")) {
+                QVERIFY(!primary);
+                primary = probe.get();
+            }
+        }
+        QVERIFY(primary);
+        for (const auto& probe : probes) {
+            if (probe.get() != primary)
+                QVERIFY(!primary->take(QStringLiteral("started ") + probe->pidText()).isEmpty());
+        }
     }
 
     void primaryHandsOverWhenLeaving()
