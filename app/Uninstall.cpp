@@ -154,8 +154,8 @@ Outcome run()
     if (runningComponent(bundle) != 0) {
         showBox(QMessageBox::Critical,
                 QStringLiteral("Die Deinstallation kann nicht gestartet werden, solange die Marvendo oder eine ihrer "
-                               "Komponenten ausgef\u00FChrt werden.\n"
-                               "Bitte beenden Sie die Orvane-Erkl\u00E4rung und versuchen Sie es erneut."));
+                               "Komponenten ausgeführt werden.\n"
+                               "Bitte beenden Sie die Orvane-Erklärung und versuchen Sie es erneut."));
         return Outcome::Blocked;
     }
     if (showBox(QMessageBox::Warning,

@@ -55,7 +55,7 @@ void reportFailure(const QString& title, const QString& text,
 
 QString folderFailureText(const QString& folder)
 {
-    return QStringLiteral("Der Ordner \u00BB") + folder + QStringLiteral("\u00AB konnte nicht ge\u00F6ffnet werden.");
+    return QStringLiteral("Der Ordner »") + folder + QStringLiteral("« konnte nicht geöffnet werden.");
 }
 
 bool openVendorPage(const std::string& address, const QString& title, const QString& text)
@@ -96,8 +96,8 @@ bool openManual()
     const QString path = manualPath();
     if (!path.isEmpty() && CrossPlatformApi::executeAssociatedAppAndOpenFile(toLatin1(path)))
         return true;
-    reportFailure(QStringLiteral("Handbuch \u00F6ffnen"),
-                  QStringLiteral("Fehler beim \u00D6ffnen des Handbuchs!\nDas Handbuch kann nicht ge\u00F6ffnet werden."));
+    reportFailure(QStringLiteral("Handbuch öffnen"),
+                  QStringLiteral("Fehler beim Öffnen des Handbuchs!\nDas Handbuch kann nicht geöffnet werden."));
     return false;
 }
 
@@ -116,15 +116,15 @@ bool openTaxbook()
     if (QFileInfo(page).isFile() && CrossPlatformApi::startDetached(QStringLiteral("xdg-open"), {page}))
         return true;
     reportFailure(QStringLiteral("Kursel"),
-                  QStringLiteral("Fehler beim \u00D6ffnen des Kursel!\nDer Kompass kann nicht ge\u00F6ffnet werden."));
+                  QStringLiteral("Fehler beim Öffnen des Kursel!\nDer Kompass kann nicht geöffnet werden."));
     return false;
 }
 
 bool showMarvendo()
 {
     return openVendorPage(setting("StartCenter", "StLogoUrl", cszVendorUrl), QStringLiteral("Marvendo im Internet"),
-                          QStringLiteral("Fehler beim \u00D6ffnen der Marvendo-Internet-Seite!\n"
-                                         "Die Marvendo Internet-Seite kann nicht ge\u00F6ffnet werden."));
+                          QStringLiteral("Fehler beim Öffnen der Marvendo-Internet-Seite!\n"
+                                         "Die Marvendo Internet-Seite kann nicht geöffnet werden."));
 }
 
 QString taxFolder()
@@ -141,7 +141,7 @@ bool openTaxFolder()
     const QString folder = taxFolder();
     if (QFileInfo(folder).isDir() && CrossPlatformApi::openUrl(QUrl::fromLocalFile(folder)))
         return true;
-    reportFailure(QStringLiteral("Steuerfallordner \u00D6ffnen"), folderFailureText(folder));
+    reportFailure(QStringLiteral("Steuerfallordner Öffnen"), folderFailureText(folder));
     return false;
 }
 
@@ -153,7 +153,7 @@ bool openProgramFolder()
             || CrossPlatformApi::openUrl(QUrl::fromLocalFile(QFileInfo(bundle).path())))) {
         return true;
     }
-    reportFailure(QStringLiteral("Programmordner \u00F6ffnen"), folderFailureText(bundle));
+    reportFailure(QStringLiteral("Programmordner öffnen"), folderFailureText(bundle));
     return false;
 }
 
@@ -170,8 +170,8 @@ bool startReportTool()
     if (CrossPlatformApi::exec(path, std::string(), 0))
         return true;
     reportFailure(QStringLiteral("Report Erstellen"),
-                  QStringLiteral("Fehler beim \u00D6ffnen des Report-Programms!\n"
-                                 "Das Support-Tool zum Erfassen eines Reports kann nicht ge\u00F6ffnet werden."));
+                  QStringLiteral("Fehler beim Öffnen des Report-Programms!\n"
+                                 "Das Support-Tool zum Erfassen eines Reports kann nicht geöffnet werden."));
     return false;
 }
 
@@ -185,9 +185,9 @@ bool startNetViewer()
         return false;
     }
     return openVendorPage(address, title,
-                          QStringLiteral("Fehler beim \u00D6ffnen der NetViewer-Internet-Seite!\n"
+                          QStringLiteral("Fehler beim Öffnen der NetViewer-Internet-Seite!\n"
                                          "Die Seite zur Umleitung auf den NetViewer-Download kann nicht "
-                                         "ge\u00F6ffnet werden."));
+                                         "geöffnet werden."));
 }
 
 QString advisorAddress(const QString& topic)
@@ -206,8 +206,8 @@ bool startMarvendoBusinessOnline(const QString& topic)
     if (!address.isEmpty() && CrossPlatformApi::openUrl(QUrl(address)))
         return true;
     reportFailure(QStringLiteral("Marvendo-Business"),
-                  QStringLiteral("Fehler beim \u00D6ffnen der Marvendo-Business-Internet-Seite!\n"
-                                 "Die Seite der Online-Beratung kann nicht ge\u00F6ffnet werden."));
+                  QStringLiteral("Fehler beim Öffnen der Marvendo-Business-Internet-Seite!\n"
+                                 "Die Seite der Online-Beratung kann nicht geöffnet werden."));
     return false;
 }
 
@@ -223,8 +223,8 @@ bool openBeraterNebenk()
     if (isInfoManInstalled())
         return startInfoMan(fromLatin1(setting("InfoMan", "Nebenkosten", cszLandlordAdvisorParams)));
     return openVendorPage(setting("StartCenter", "LexavoUrl", cszLexavoUrl), QStringLiteral("Lexavo im Internet"),
-                          QStringLiteral("Fehler beim \u00D6ffnen der Lexavo-Internet-Seite!\n"
-                                         "Die Lexavo Internet-Seite kann nicht ge\u00F6ffnet werden."));
+                          QStringLiteral("Fehler beim Öffnen der Lexavo-Internet-Seite!\n"
+                                         "Die Lexavo Internet-Seite kann nicht geöffnet werden."));
 }
 
 bool openInfoManLink(const QString& link)

@@ -1,11 +1,14 @@
 #include "../settings/SettingsFixture.h"
 #include "Companions.h"
+#include "StartCenter.h"
 #include "TempInstallation.h"
 #include "TestMain.h"
 
+#include <QAction>
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDir>
+#include <QTimer>
 #include <QUrl>
 
 #include <memory>
@@ -31,9 +34,11 @@ private slots:
     void demoInstallationOpensEveryTarget();
     void informationDatabaseStartsWithAdvisorParameters();
     void missingTargetsReportTheirBoxes();
+    void windowActionsReachTheirTargets();
 
 private:
     void loadSettings();
+    void writeInfoPlist() const;
     QString resource(const QString& name) const { return m_install->resourcesDir() + name; }
     bool writeProgram(const QString& path) const;
 
@@ -75,11 +80,18 @@ void TestCompanions::cleanup()
 
 void TestCompanions::loadSettings()
 {
-    const std::string konf = resource(QStringLiteral("ORVKonf.ini")).toStdString();
+    const std::string konf = resource("ORVKonf.ini").toStdString();
     FolderManager::theInstance()->parseSection(konf, "DirectorySymbols");
     FolderManager::theInstance()->parseSection(konf, "DirectoryDefs");
     QVERIFY(cNvWinIni::theInstance()->setGlobalIniName(cszNvWinIniName));
     cNvWinIni::theInstance()->setModus("normal");
+}
+
+void TestCompanions::writeInfoPlist() const
+{
+    QVERIFY(m_install->writeFile("Start-Center.app/Contents/Info.plist",
+                                 "<plist><dict><key>CFBundleIdentifier</key><string>de.marvendo.startcenter</string>"
+                                 "</dict></plist>"));
 }
 
 bool TestCompanions::writeProgram(const QString& path) const
@@ -91,14 +103,12 @@ bool TestCompanions::writeProgram(const QString& path) const
 void TestCompanions::demoInstallationOpensEveryTarget()
 {
     QVERIFY(m_install->copyDemoResources());
-    QVERIFY(m_install->writeFile(QStringLiteral("Start-Center.app/Contents/Info.plist"),
-                                 "<plist><dict><key>CFBundleIdentifier</key><string>de.marvendo.startcenter</string>"
-                                 "</dict></plist>"));
-    const QString reportTool = resource(QStringLiteral("Report Tools.app/Contents/MacOS/Report Tools"));
+    writeInfoPlist();
+    const QString reportTool = resource("Report Tools.app/Contents/MacOS/Report Tools");
     QVERIFY(writeProgram(reportTool));
     loadSettings();
     // The tax-case folder as the file list stores it: below "<HomeDataDir>".
-    const QString taxFolder = fromLatin1(cNvWinIni::theInstance()->getHomeDataPath()) + QStringLiteral("2011");
+    const QString taxFolder = fromLatin1(cNvWinIni::theInstance()->getHomeDataPath()) + "2011";
     QVERIFY(QDir().mkpath(taxFolder));
     QVERIFY(cNvWinIni::theInstance()->WriteString("Files", "LastWorkDir", "<HomeDataDir>/2011"));
 
@@ -111,30 +121,31 @@ void TestCompanions::demoInstallationOpensEveryTarget()
     QVERIFY(Companions::startMarvendoBusinessOnline(QString()));
     QVERIFY(Companions::openBeraterPlus());
     QVERIFY(Companions::openBeraterNebenk());
-    QStringList expectedUrls{fileUrl(resource(QStringLiteral("handbuch.html"))),
-                             QStringLiteral("https://www.marvendo.example/"),
+    QStringList expectedUrls{fileUrl(resource("handbuch.html")),
+                             "https://www.marvendo.example/",
                              fileUrl(taxFolder),
-                             QStringLiteral("https://support.marvendo.example/netviewer"),
-                             QStringLiteral("https://www.orvane-berater.example/business/"),
-                             QStringLiteral("https://www.marvendo.example/"),
-                             QStringLiteral("https://www.lexavo.example/mietrecht/")};
+                             "https://support.marvendo.example/netviewer",
+                             "https://www.orvane-berater.example/business/",
+                             "https://www.marvendo.example/",
+                             "https://www.lexavo.example/mietrecht/"};
 
     // Without a file manager on the session bus the bundle's folder opens.
     const QDBusConnection bus = QDBusConnection::sessionBus();
-    if (!bus.isConnected() || !bus.interface()->isServiceRegistered(QStringLiteral("org.freedesktop.FileManager1"))) {
+    if (!bus.isConnected() || !bus.interface()->isServiceRegistered("org.freedesktop.FileManager1")) {
         QVERIFY(Companions::openProgramFolder());
         expectedUrls << fileUrl(m_install->root());
     }
 
     // The advisor's address with topic and user filled in.
-    QVERIFY(m_install->writeResource(QStringLiteral("berater.ini"),
+    QVERIFY(m_install->writeResource("berater.ini",
                                      "[Online]\nBusiness=https://berater.example/frage?thema=<TOPIC>&kunde=<USER>\n"
                                      "User=M\xFCller & S\xF6hne\n"));
-    QVERIFY(Companions::startMarvendoBusinessOnline(QStringLiteral("Miete & Pacht")));
-    expectedUrls << QStringLiteral("https://berater.example/frage?thema=Miete%20%26%20Pacht&kunde=M%C3%BCller%20%26%20S%C3%B6hne");
+    QVERIFY(Companions::startMarvendoBusinessOnline("Miete & Pacht"));
+    expectedUrls << "https://berater.example/frage?thema=Miete%20%26%20Pacht"
+                                   "&kunde=M%C3%BCller%20%26%20S%C3%B6hne";
 
     QCOMPARE(m_opened, expectedUrls);
-    QCOMPARE(m_started, (QList<QStringList>{{QStringLiteral("xdg-open"), resource(QStringLiteral("help/KURSEL.htm"))},
+    QCOMPARE(m_started, (QList<QStringList>{{"xdg-open", resource("help/KURSEL.htm")},
                                             {reportTool}}));
     QCOMPARE(m_boxes->boxes, QStringList());
 }
@@ -144,20 +155,21 @@ void TestCompanions::informationDatabaseStartsWithAdvisorParameters()
     QVERIFY(m_install->copyDemoResources());
     loadSettings();
     QVERIFY(!Companions::isInfoManInstalled());
-    QVERIFY(!Companions::startInfoMan(QStringLiteral("-d Marvendo -k")));
-    QCOMPARE(m_boxes->boxes, QStringList{QStringLiteral("Ihr Plus: Der Steuerberater|Bitte installieren Sie den Steuerberater!")});
+    QVERIFY(!Companions::startInfoMan("-d Marvendo -k"));
+    const QString title = "Ihr Plus: Der Steuerberater|";
+    QCOMPARE(m_boxes->boxes, QStringList{title + "Bitte installieren Sie den Steuerberater!"});
 
     // The reference file names the program with a folder symbol.
-    const QString shared = m_install->root() + QStringLiteral("/shared/");
-    QVERIFY(m_install->writeFile(shared + QStringLiteral("Marvendo/Lumidex2/LumidexRef.ini"),
+    const QString shared = m_install->root() + "/shared/";
+    QVERIFY(m_install->writeFile(shared + "Marvendo/Lumidex2/LumidexRef.ini",
                                  "[Lumidex]\nPath=<COMMON_APPDATA>/Lumidex.app\n"));
-    const QString program = shared + QStringLiteral("Lumidex.app/Contents/MacOS/Lumidex");
+    const QString program = shared + "Lumidex.app/Contents/MacOS/Lumidex";
     QVERIFY(writeProgram(program));
-    QCOMPARE(Companions::infoManPath(), shared + QStringLiteral("Lumidex.app"));
+    QCOMPARE(Companions::infoManPath(), shared + "Lumidex.app");
 
     QVERIFY(Companions::openBeraterPlus());
     QVERIFY(Companions::openBeraterNebenk());
-    QVERIFY(Companions::openInfoManLink(QStringLiteral("-d Marvendo -t \"Miete und Pacht\"")));
+    QVERIFY(Companions::openInfoManLink("-d Marvendo -t \"Miete und Pacht\""));
     QCOMPARE(m_started, (QList<QStringList>{{program, "-d", "Marvendo", "-k"},
                                             {program, "-d", "DomveraORV", "-k"},
                                             {program, "-d", "Marvendo", "-t", "Miete und Pacht"}}));
@@ -165,18 +177,18 @@ void TestCompanions::informationDatabaseStartsWithAdvisorParameters()
 
     QVERIFY(QFile::setPermissions(program, QFile::ReadOwner));
     QVERIFY(!Companions::openBeraterPlus());
-    QCOMPARE(m_boxes->boxes.value(1), QStringLiteral("Ihr Plus: Der Steuerberater|Fehler beim Starten des "
-                                                     "Steuerberaters!\nDer Steuerberater kann nicht gestartet werden."));
+    QCOMPARE(m_boxes->boxes.value(1), title + "Fehler beim Starten des Steuerberaters!\n"
+                                                             "Der Steuerberater kann nicht gestartet werden.");
 }
 
 void TestCompanions::missingTargetsReportTheirBoxes()
 {
     const QByteArray root = m_install->root().toLocal8Bit();
-    QVERIFY(m_install->writeResource(QStringLiteral("ORVKonf.ini"),
+    QVERIFY(m_install->writeResource("ORVKonf.ini",
                                      "[Settings]\nUserSettings=" + root + "/user\nHomeDataDir=" + root + "/data\n"
                                      "[Modus]\nnormal=normal.ini\n[Files]\nLastWorkDir=" + root + "/gel\xF6scht\n"
                                      "[Addons]\nHandbuch=fehlt.pdf\n"));
-    QVERIFY(m_install->writeResource(QStringLiteral("normal.ini"), "[Start]\n"));
+    QVERIFY(m_install->writeResource("normal.ini", "[Start]\n"));
     loadSettings();
     m_openSucceeds = false;
 
@@ -192,31 +204,68 @@ void TestCompanions::missingTargetsReportTheirBoxes()
     QVERIFY(!Companions::openBeraterPlus());
     QVERIFY(!Companions::openBeraterNebenk());
 
-    const QString marvendo = QStringLiteral("Marvendo im Internet|Fehler beim Öffnen der Marvendo-Internet-Seite!\n"
-                                            "Die Marvendo Internet-Seite kann nicht geöffnet werden.");
+    const QString marvendo = "Marvendo im Internet|Fehler beim Öffnen der Marvendo-Internet-Seite!\n"
+                                            "Die Marvendo Internet-Seite kann nicht geöffnet werden.";
     const QStringList expected{
-        QStringLiteral("Handbuch öffnen|Fehler beim Öffnen des Handbuchs!\nDas Handbuch kann nicht geöffnet werden."),
-        QStringLiteral("Kursel|Fehler beim Öffnen des Kursel!\nDer Kompass kann nicht geöffnet werden."),
+        "Handbuch öffnen|Fehler beim Öffnen des Handbuchs!\n"
+                       "Das Handbuch kann nicht geöffnet werden.",
+        "Kursel|Fehler beim Öffnen des Kursel!\nDer Kompass kann nicht geöffnet werden.",
         marvendo,
-        QStringLiteral("Steuerfallordner Öffnen|Der Ordner »") + m_install->root()
-            + QStringLiteral("/gelöscht« konnte nicht geöffnet werden."),
-        QStringLiteral("Report Erstellen|Fehler beim Öffnen des Report-Programms!\nDas Support-Tool zum Erfassen "
-                       "eines Reports kann nicht geöffnet werden."),
-        QStringLiteral("Netviewer Starten|Fehler beim Versuch, den NetViewer zu laden!\nDie Adresse zum Download des "
-                       "NetViewers ist nicht konfiguriert."),
-        QStringLiteral("Netviewer Starten|Fehler beim Öffnen der NetViewer-Internet-Seite!\nDie Seite zur Umleitung "
-                       "auf den NetViewer-Download kann nicht geöffnet werden."),
-        QStringLiteral("Marvendo-Business|Fehler beim Öffnen der Marvendo-Business-Internet-Seite!\nDie Seite der "
-                       "Online-Beratung kann nicht geöffnet werden."),
+        "Steuerfallordner Öffnen|Der Ordner »" + m_install->root()
+            + "/gelöscht« konnte nicht geöffnet werden.",
+        "Report Erstellen|Fehler beim Öffnen des Report-Programms!\nDas Support-Tool zum Erfassen "
+                       "eines Reports kann nicht geöffnet werden.",
+        "Netviewer Starten|Fehler beim Versuch, den NetViewer zu laden!\nDie Adresse zum Download des "
+                       "NetViewers ist nicht konfiguriert.",
+        "Netviewer Starten|Fehler beim Öffnen der NetViewer-Internet-Seite!\nDie Seite zur Umleitung "
+                       "auf den NetViewer-Download kann nicht geöffnet werden.",
+        "Marvendo-Business|Fehler beim Öffnen der Marvendo-Business-Internet-Seite!\nDie Seite der "
+                       "Online-Beratung kann nicht geöffnet werden.",
         marvendo,
-        QStringLiteral("Lexavo im Internet|Fehler beim Öffnen der Lexavo-Internet-Seite!\nDie Lexavo Internet-Seite "
-                       "kann nicht geöffnet werden.")};
+        "Lexavo im Internet|Fehler beim Öffnen der Lexavo-Internet-Seite!\nDie Lexavo Internet-Seite "
+                       "kann nicht geöffnet werden."};
     QCOMPARE(m_boxes->boxes, expected);
     // Missing files and folders are not handed to the desktop at all; only
     // the web addresses were tried.
     QVERIFY(m_started.isEmpty());
     for (const QString& url : std::as_const(m_opened))
         QVERIFY2(url.startsWith(QLatin1String("https://")), qPrintable(url));
+}
+
+void TestCompanions::windowActionsReachTheirTargets()
+{
+    QVERIFY(m_install->copyDemoResources());
+    writeInfoPlist();
+    loadSettings();
+    MessageBoxAnswer answer;
+    CrossPlatformApi::setMessageBoxHandler([&answer](const MessageBoxRequest&) { return answer; });
+
+    StartCenter window;
+    const auto trigger = [&window](const char* name) {
+        QAction* action = window.findChild<QAction*>(QLatin1String(name));
+        QVERIFY2(action, name);
+        action->trigger();
+    };
+    trigger("actionHandbuch");
+    trigger("actionKursel");
+    trigger("actionNetViewet");
+    QCOMPARE(m_opened, (QStringList{fileUrl(resource("handbuch.html")),
+                                    "https://support.marvendo.example/netviewer"}));
+    QCOMPARE(m_started.size(), 1);
+
+    // Declining the uninstallation changes nothing; accepting it starts the
+    // removal and ends the event loop with status 0.
+    answer.button = QMessageBox::Cancel;
+    trigger("actionUninstall");
+    QCOMPARE(m_started.size(), 1);
+    answer.button = QMessageBox::Ok;
+    QTimer::singleShot(0, &window, [&trigger] { trigger("actionUninstall"); });
+    QTimer timeUp;
+    connect(&timeUp, &QTimer::timeout, [] { QCoreApplication::exit(7); });
+    timeUp.start(5000);
+    QCOMPARE(QCoreApplication::exec(), 0);
+    QCOMPARE(m_started.value(1).value(0), "/bin/sh");
+    QVERIFY(m_started.value(1).value(2).endsWith(QLatin1Char('"') + m_install->bundleDir() + "\" "));
 }
 
 SC_TEST(TestCompanions)
