@@ -12,14 +12,12 @@
 
 namespace {
 
-const QString boxTitle = QStringLiteral("Deinstallation");
-
 QMessageBox::StandardButton showBox(QMessageBox::Icon icon, const QString& text,
                                     QMessageBox::StandardButtons buttons = QMessageBox::Ok)
 {
     MessageBoxRequest box;
     box.icon = icon;
-    box.title = boxTitle;
+    box.title = QStringLiteral("Deinstallation");
     box.text = text;
     box.buttons = buttons;
     box.defaultButton = QMessageBox::NoButton;
@@ -41,6 +39,9 @@ QString xdgFolder(const char* variable, const QString& defaultBelowHome)
     return QDir::homePath() + QLatin1Char('/') + defaultBelowHome;
 }
 
+// Without write access to the bundle the shell runs with administrator
+// rights, which pkexec asks the user for. Whether they are granted is not
+// seen here: the launcher ends as soon as pkexec has started.
 bool startRemoval(const QString& bundle, const QString& command)
 {
     const QStringList shell{QStringLiteral("/bin/sh"), QStringLiteral("-c"), command};

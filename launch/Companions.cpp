@@ -11,7 +11,6 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QUrl>
 
@@ -24,8 +23,6 @@ const char* const cszLexavoUrl = "https://www.lexavo.example/";
 const char* const cszTaxAdvisorParams = "-d Marvendo -k";
 const char* const cszLandlordAdvisorParams = "-d DomveraORV -k";
 const char* const cszInfoManReference = "<COMMON_APPDATA>/<COMPANY>/Lumidex2/LumidexRef.ini";
-
-const QString advisorTitle = QStringLiteral("Ihr Plus: Der Steuerberater");
 
 QString fromLatin1(const std::string& text)
 {
@@ -42,8 +39,7 @@ std::string setting(const char* section, const char* key, const char* defaultVal
     return cConfiguration::theInstance()->GetString(section, key, defaultValue);
 }
 
-void reportFailure(const QString& title, const QString& text,
-                   QMessageBox::Icon icon = QMessageBox::Critical)
+void reportFailure(const QString& title, const QString& text, QMessageBox::Icon icon = QMessageBox::Critical)
 {
     MessageBoxRequest box;
     box.icon = icon;
@@ -58,7 +54,7 @@ QString folderFailureText(const QString& folder)
     return QStringLiteral("Der Ordner »") + folder + QStringLiteral("« konnte nicht geöffnet werden.");
 }
 
-bool openVendorPage(const std::string& address, const QString& title, const QString& text)
+bool openWebPage(const std::string& address, const QString& title, const QString& text)
 {
     if (!address.empty() && CrossPlatformApi::openUrl(address))
         return true;
@@ -122,9 +118,9 @@ bool openTaxbook()
 
 bool showMarvendo()
 {
-    return openVendorPage(setting("StartCenter", "StLogoUrl", cszVendorUrl), QStringLiteral("Marvendo im Internet"),
-                          QStringLiteral("Fehler beim Öffnen der Marvendo-Internet-Seite!\n"
-                                         "Die Marvendo Internet-Seite kann nicht geöffnet werden."));
+    return openWebPage(setting("StartCenter", "StLogoUrl", cszVendorUrl), QStringLiteral("Marvendo im Internet"),
+                       QStringLiteral("Fehler beim Öffnen der Marvendo-Internet-Seite!\n"
+                                      "Die Marvendo Internet-Seite kann nicht geöffnet werden."));
 }
 
 QString taxFolder()
@@ -184,10 +180,9 @@ bool startNetViewer()
                                             "Die Adresse zum Download des NetViewers ist nicht konfiguriert."));
         return false;
     }
-    return openVendorPage(address, title,
-                          QStringLiteral("Fehler beim Öffnen der NetViewer-Internet-Seite!\n"
-                                         "Die Seite zur Umleitung auf den NetViewer-Download kann nicht "
-                                         "geöffnet werden."));
+    return openWebPage(address, title,
+                       QStringLiteral("Fehler beim Öffnen der NetViewer-Internet-Seite!\nDie Seite zur Umleitung "
+                                      "auf den NetViewer-Download kann nicht geöffnet werden."));
 }
 
 QString advisorAddress(const QString& topic)
@@ -222,9 +217,9 @@ bool openBeraterNebenk()
 {
     if (isInfoManInstalled())
         return startInfoMan(fromLatin1(setting("InfoMan", "Nebenkosten", cszLandlordAdvisorParams)));
-    return openVendorPage(setting("StartCenter", "LexavoUrl", cszLexavoUrl), QStringLiteral("Lexavo im Internet"),
-                          QStringLiteral("Fehler beim Öffnen der Lexavo-Internet-Seite!\n"
-                                         "Die Lexavo Internet-Seite kann nicht geöffnet werden."));
+    return openWebPage(setting("StartCenter", "LexavoUrl", cszLexavoUrl), QStringLiteral("Lexavo im Internet"),
+                       QStringLiteral("Fehler beim Öffnen der Lexavo-Internet-Seite!\n"
+                                      "Die Lexavo Internet-Seite kann nicht geöffnet werden."));
 }
 
 bool openInfoManLink(const QString& link)
@@ -234,16 +229,16 @@ bool openInfoManLink(const QString& link)
 
 bool startInfoMan(const QString& params)
 {
+    const QString title = QStringLiteral("Ihr Plus: Der Steuerberater");
     const QString program = infoManPath();
     if (program.isEmpty()) {
-        reportFailure(advisorTitle, QStringLiteral("Bitte installieren Sie den Steuerberater!"),
-                      QMessageBox::Information);
+        reportFailure(title, QStringLiteral("Bitte installieren Sie den Steuerberater!"), QMessageBox::Information);
         return false;
     }
     if (CrossPlatformApi::exec(toLatin1(program), toLatin1(params), 0))
         return true;
-    reportFailure(advisorTitle, QStringLiteral("Fehler beim Starten des Steuerberaters!\n"
-                                               "Der Steuerberater kann nicht gestartet werden."));
+    reportFailure(title, QStringLiteral("Fehler beim Starten des Steuerberaters!\n"
+                                        "Der Steuerberater kann nicht gestartet werden."));
     return false;
 }
 
