@@ -1,0 +1,220 @@
+#include "OverviewPage.h"
+
+#include "CrossPlatformApi.h"
+#include "DMDataFileInfo.h"
+
+#include <QDateTime>
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QUrl>
+
+namespace {
+
+const QString overviewTitle = QStringLiteral("Datei-Übersicht");
+
+void showBox(QMessageBox::Icon icon, const QString& title, const QString& text)
+{
+    MessageBoxRequest request;
+    request.icon = icon;
+    request.title = title;
+    request.text = text;
+    CrossPlatformApi::showMessageBox(request);
+}
+
+enum class Markup { Escape, KeepSimpleTags };
+
+// Writes "<", ">" and "&" as entities. With KeepSimpleTags the plain tags
+// b, i, u, br and p (any case, without attributes) stay markup.
+QString escapeMarkup(const QString& text, Markup markup)
+{
+    static const QLatin1String simpleTags[] = {
+        QLatin1String("<b>"), QLatin1String("</b>"), QLatin1String("<i>"),
+        QLatin1String("</i>"), QLatin1String("<u>"), QLatin1String("</u>"),
+        QLatin1String("<br>"), QLatin1String("<p>"), QLatin1String("</p>"),
+    };
+    QString result;
+    result.reserve(text.size());
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const QChar c = text.at(i);
+        if (c == u'<') {
+            if (markup == Markup::KeepSimpleTags) {
+                const QStringView rest = QStringView(text).mid(i);
+                const auto tag = std::find_if(std::begin(simpleTags), std::end(simpleTags),
+                                              [&](QLatin1String tag) {
+                                                  return rest.startsWith(tag, Qt::CaseInsensitive);
+                                              });
+                if (tag != std::end(simpleTags)) {
+                    result += rest.left(tag->size());
+                    i += tag->size() - 1;
+                    continue;
+                }
+            }
+            result += QLatin1String("&lt;");
+        } else if (c == u'>') {
+            result += QLatin1String("&gt;");
+        } else if (c == u'&') {
+            result += QLatin1String("&amp;");
+        } else {
+            result += c;
+        }
+    }
+    return result;
+}
+
+// Linux file systems often keep no birth time; the time of the last status
+// change stands in for it then.
+QDateTime creationTime(const QFileInfo& file)
+{
+    const QDateTime born = file.birthTime();
+    return born.isValid() ? born : file.metadataChangeTime();
+}
+
+// A value read from a case file, or the fallback when the file has none.
+QString caseFileValue(const DMDataFileInfo& info, const char* key, const QString& fallback)
+{
+    const std::string value = info.getStringValue(key);
+    if (value.empty() || value == "?")
+        return fallback;
+    return QString::fromLatin1(value.data(), qsizetype(value.size()));
+}
+
+} // namespace
+
+OverviewPage::OverviewPage() = default;
+
+OverviewPage::~OverviewPage() = default;
+
+void OverviewPage::setTaxFiles(const QString& folder, const QStringList& fileNames)
+{
+    m_folder = folder;
+    m_fileNames = fileNames;
+    m_writeNeeded = true;
+}
+
+void OverviewPage::setCaption(const QString& caption)
+{
+    m_caption = caption;
+}
+
+void OverviewPage::show()
+{
+    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    if (m_writeNeeded) {
+        if (m_fileNames.isEmpty()) {
+            QGuiApplication::restoreOverrideCursor();
+            showBox(QMessageBox::Warning, overviewTitle,
+                    QStringLiteral("Im aktuellen Verzeichnis befinden sich keine Dateien dieses Modus."));
+            return;
+        }
+        m_file.setFileName(m_folder + m_caption + QStringLiteral(".html"));
+        if (!m_file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text)) {
+            QGuiApplication::restoreOverrideCursor();
+            showBox(QMessageBox::Critical, overviewTitle,
+                    QStringLiteral("Die HTML-Datei zur Steuerfall-Übersicht konnte nicht erstellt werden!"));
+            return;
+        }
+        m_stream.setDevice(&m_file);
+        m_stream.setEncoding(QStringConverter::Latin1);
+        writeHTML();
+        m_stream.flush();
+        m_stream.setDevice(nullptr);
+        m_file.close();
+        m_writeNeeded = false;
+    }
+    QGuiApplication::restoreOverrideCursor();
+
+    const QString path = m_file.fileName();
+    const QUrl url = path.startsWith(QLatin1String("file:")) ? QUrl(path) : QUrl::fromLocalFile(path);
+    if (!CrossPlatformApi::openUrl(url)) {
+        showBox(QMessageBox::Critical, QStringLiteral("Dateiübersicht anzeigen"),
+                QStringLiteral("Sie haben keinen Internet-Browser installiert!\n"
+                               "Die Dateiübersicht kann nicht angezeigt werden.\n"
+                               "Sie finden die Übersichts-Datei unter\n")
+                    + path);
+    }
+}
+
+void OverviewPage::writeHTML()
+{
+    m_stream << "<!DOCTYPE HTML PUBLIC -//W3C//DTD HTML 4.01 Transitional//EN "
+                "http://www.w3.org/TR/html4/loose.dtd>"
+             << "<HTML>"
+             << "<HEAD>"
+             << "  <TITLE>Datei-&Uuml;bersicht</TITLE>"
+             << "  <META HTTP-EQUIV=Content-Type CONTENT=text/html; charset=ISO-8859-1>"
+             << "  <META NAME=generator CONTENT=Marvendo Start-Center>"
+             << "  <META NAME=author CONTENT=Marvendo>"
+             << "  <META NAME=description CONTENT=&Uuml;bersicht der Steuerf&auml;lle eines Modus.>"
+             << "  <META NAME=keywords CONTENT=>"
+             << "</HEAD>"
+             << "<BODY BGCOLOR=#FFFFFF TEXT=#000000 LINK=#0000FF VLINK=#800080 ALINK=#FF0000 "
+                "style=font-family:sans-serif; font-size:100%>"
+             << "<basefont face=Frutiger, Arial, Verdana, Swiss, Sans-Serif size=2>"
+             << "<H2>Marvendo Start-Center</H2>"
+             << "<H3>&Uuml;bersicht der " << convertToHTML(m_caption) << "</H3>"
+             << "<HR>"
+             << "<P><B>Verzeichnis:</B> " << convertToHTML(escapeMarkup(m_folder, Markup::Escape))
+             << "</P>"
+             << "<TABLE BORDER=1 CELLSPACING=0 CELLPADDING=5 WIDTH=100% style=font-size:100%>"
+             << "<TR ALIGN=left>"
+             << "  <TH>Datei</TH>"
+             << "  <TH>Informationen zum Steuerfall</TH>"
+             << "  <TH>Kommentar</TH>"
+             << "</TR>";
+    writeFileInfo();
+    m_stream << "</TABLE>"
+             << "<P><FONT SIZE=1>";
+    if (!m_file.fileName().isEmpty())
+        m_stream << "Datei: " << convertToHTML(escapeMarkup(m_file.fileName(), Markup::Escape))
+                 << "<BR>";
+    const QDateTime now = QDateTime::currentDateTime();
+    m_stream << "Erstellt am " << now.toString(QStringLiteral("dd.MM.yyyy")) << " um "
+             << now.toString(QStringLiteral("hh:mm")) << "h"
+             << "<br><br>Marvendo Start-Center"
+             << "<br>Copyright &copy; Marvendo. Alle Rechte vorbehalten."
+             << "</FONT></P>"
+             << "</BODY>"
+             << "</HTML>";
+}
+
+void OverviewPage::writeFileInfo()
+{
+    for (const QString& fileName : m_fileNames) {
+        const QFileInfo file(m_folder + fileName);
+        if (!file.exists())
+            continue;
+        m_stream << "<TR VALIGN=top>"
+                 << "<TD>" << escapeMarkup(fileName, Markup::Escape) << "<BR>"
+                 << "<FONT SIZE=1>("
+                 << creationTime(file).toString(QStringLiteral("dd.MM.yyyy hh:mm"))
+                 << ")</FONT>"
+                 << "</TD>";
+
+        DMDataFileInfo info;
+        if (!info.readFile(file.filePath().toLatin1().toStdString()))
+            continue;
+        const QString person = caseFileValue(info, DMDataFileInfo::keyPerson,
+                                              QStringLiteral("Keine Angaben zur Person vorhanden."));
+        const QString comment = caseFileValue(info, DMDataFileInfo::keyComment,
+                                               QStringLiteral("Keine weiteren Angaben vorhanden."));
+        m_stream << "<TD>" << convertToHTML(escapeMarkup(person, Markup::KeepSimpleTags)) << "</TD>"
+                 << "<TD>" << convertToHTML(escapeMarkup(comment, Markup::KeepSimpleTags))
+                 << "</TD>"
+                 << "</TR>";
+    }
+}
+
+QString OverviewPage::convertToHTML(const QString& text)
+{
+    static const std::pair<QString, QLatin1String> replacements[] = {
+        {QStringLiteral("Ä"), QLatin1String("&Auml;")}, {QStringLiteral("Ö"), QLatin1String("&Ouml;")},
+        {QStringLiteral("Ü"), QLatin1String("&Uuml;")}, {QStringLiteral("ä"), QLatin1String("&auml;")},
+        {QStringLiteral("ö"), QLatin1String("&ouml;")}, {QStringLiteral("ü"), QLatin1String("&uuml;")},
+        {QStringLiteral("ß"), QLatin1String("&szlig;")}, {QStringLiteral("\n"), QLatin1String("<BR>")},
+        {QStringLiteral("\r"), QLatin1String("")},
+    };
+    QString result = text;
+    for (const auto& [character, entity] : replacements)
+        result.replace(character, entity);
+    return result;
+}
