@@ -1,0 +1,125 @@
+#include "CaseFiles.h"
+
+#include "ApplicationInfo.h"
+#include "Configuration.h"
+#include "DMFileName.h"
+#include "OverviewPage.h"
+#include "StringFunctions.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <string>
+
+namespace {
+
+QString setting(const char* section, const char* key, const char* defaultValue = "")
+{
+    const std::string value = cConfiguration::theInstance()->GetString(section, key, defaultValue);
+    return QString::fromLatin1(value.data(), qsizetype(value.size()));
+}
+
+std::string toLatin1(const QString& text)
+{
+    return text.toLatin1().toStdString();
+}
+
+// A configured path with its folder symbols and environment variables
+// expanded, made absolute against the application folder.
+QString absolutePath(const QString& configured)
+{
+    DMFileName name;
+    name.setFullPath(toLatin1(configured));
+    name.makeAbsPath(true);
+    std::string path = name.compose();
+    for (int expansions = 0; expansions < 16 && StringFunctions::replaceEnvironmenVariable(path);
+         ++expansions) {
+    }
+    return QString::fromLatin1(path.data(), qsizetype(path.size()));
+}
+
+QString withTrailingSlash(QString folder)
+{
+    if (!folder.isEmpty() && !folder.endsWith(QLatin1Char('/')))
+        folder += QLatin1Char('/');
+    return folder;
+}
+
+} // namespace
+
+namespace CaseFiles {
+
+QStringList parseNameFilters(const QString& fileTypes)
+{
+    const QStringList parts = fileTypes.split(QLatin1Char('|'));
+    QStringList patterns;
+    for (qsizetype i = 1; i < parts.size(); i += 2)
+        patterns << parts.at(i);
+    return patterns.join(QLatin1Char(';')).split(QLatin1Char(';'));
+}
+
+QString fileTypes()
+{
+    return setting("FileExtensions", "Open", "*.*");
+}
+
+QStringList nameFilters()
+{
+    return parseNameFilters(fileTypes());
+}
+
+QString workFolder()
+{
+    QString home = setting("Settings", "HomeDataDir");
+    if (home.isEmpty())
+        home = QString::fromLatin1(cApplicationInfo::theInstance()->getAppDir().c_str());
+
+    const QString configured = setting("Files", "LastWorkDir", toLatin1(home).c_str());
+    QString folder = absolutePath(configured);
+    if (folder.isEmpty() || !QFileInfo(folder).isDir())
+        folder = absolutePath(home);
+    return withTrailingSlash(folder);
+}
+
+bool storeWorkFolder(const QString& folder)
+{
+    DMFileName name;
+    name.setFullPath(toLatin1(folder));
+    name.makeRelPath("HomeDataDir");
+    return cConfiguration::theInstance()->Write("Files", "LastWorkDir",
+                                                name.asParmeterisedString().c_str());
+}
+
+bool resetWorkFolderToHome()
+{
+    const QString home = setting("Settings", "HomeDataDir");
+    return !home.isEmpty()
+           && cConfiguration::theInstance()->Write("Files", "LastWorkDir", toLatin1(home).c_str());
+}
+
+QString lastFile()
+{
+    const QString recorded = setting("MRUFiles", "0");
+    return recorded.isEmpty() ? QString() : absolutePath(recorded);
+}
+
+QString existingLastFile()
+{
+    const QString path = lastFile();
+    return !path.isEmpty() && QFileInfo(path).isFile() ? path : QString();
+}
+
+QString displayedPath(const QString& path)
+{
+    return QDir::toNativeSeparators(QDir::cleanPath(path));
+}
+
+void showOverview(const QString& folder, const QStringList& names, const QString& caption)
+{
+    OverviewPage overview;
+    overview.setTaxFiles(folder, names);
+    overview.setCaption(caption);
+    overview.show();
+}
+
+} // namespace CaseFiles
