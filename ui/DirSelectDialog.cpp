@@ -57,6 +57,7 @@ DirSelectDialog::DirSelectDialog(QWidget* parent, Qt::WindowFlags flags)
     m_mainLayout->addWidget(m_tree);
 
     m_infoLabel->setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
+    // The layout margin is what Qt 6 offers for the default child margin.
     m_infoLabel->setMargin(style()->pixelMetric(QStyle::PM_LayoutLeftMargin));
     m_infoLabel->setPalette(infoPalette);
     m_infoLabel->setAutoFillBackground(true);

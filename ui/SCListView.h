@@ -29,7 +29,9 @@ public:
     // The folder string as given, directly followed by the current row's
     // name (no separator, no extension); empty without a current row.
     QString selectedFileName() const;
-    // The names with extensions, in the order of the rows.
+    // The names with extensions, in the order of the rows: the folder's
+    // listing is kept from the last rebuild (until the patterns change), so
+    // a row's index finds its own file even if the folder changed meanwhile.
     QStringList fileNames() const;
 
 private:
