@@ -1,10 +1,12 @@
 // Paints every picture of the sample installation and writes them as PNG files.
 //
-//   demoart <container folder> <loose folder>
+//   demoart <container folder> <loose folder> [<icon theme folder>]
 //
 // Pictures meant for the image container go into the first folder; pictures
 // that lie loose in the installation's media folder (and there replace a
-// container entry of the same name) go into the second.
+// container entry of the same name) go into the second. The application icon
+// for the desktop goes into the third, laid out like an icon theme
+// (<size>x<size>/apps/<name>.png); without a third folder it is not painted.
 //
 // All icons share one style: light fills with soft gradients, a dark blue
 // outline, a small drop shadow and, where a picture needs a second meaning, a
@@ -893,6 +895,21 @@ void paintOnlineConfig(QPainter& p)
     drawGear(p, QPointF(46, 46), 15, 8);
 }
 
+// The application icon for the desktop: the mode icon of the income-tax
+// return on a tile in the company's blue.
+void paintAppIcon(QPainter& p)
+{
+    const QRectF tileBox(3, 3, 58, 58);
+    const QPainterPath tile = roundRect(tileBox, 13);
+    dropShadow(p, tile);
+    p.setBrush(diagonal(tileBox, QColor(98, 152, 235), royalBlue));
+    p.setPen(inkPen(1.5));
+    p.drawPath(tile);
+    gloss(p, tile, 0.35);
+    drawPage(p, QRectF(15, 10, 28, 38));
+    drawBadge(p, QPointF(44, 44), 11.5, gold, Symbol::Euro);
+}
+
 // --- Header and divider -------------------------------------------------------------
 
 constexpr qreal headerWidth = 740;
@@ -1019,7 +1036,7 @@ void paintDivider(QPainter& p)
 
 // --- The picture table ---------------------------------------------------------------
 
-enum class Place { Container, Loose };
+enum class Place { Container, Loose, IconTheme };
 
 struct Picture
 {
@@ -1028,6 +1045,8 @@ struct Picture
     qreal scale;   // output pixels per logical unit
     std::function<void(QPainter&)> paint;
     Place place = Place::Container;
+
+    QSize pixelSize() const { return (logicalSize * scale).toSize(); }
 };
 
 std::vector<Picture> pictures()
@@ -1072,13 +1091,38 @@ std::vector<Picture> pictures()
         {"home", icon, large, paintHome},
         {"sc_weitere", icon, large, paintMoreFiles},
         {"sc_overview", icon, large, paintOverview},
+
+        {"de.marvendo.startcenter", icon, 4.0, paintAppIcon, Place::IconTheme},
+        {"de.marvendo.startcenter", icon, toolbar, paintAppIcon, Place::IconTheme},
     };
+}
+
+// The folder a picture belongs in; empty when that folder was not asked for.
+QString outputFolder(const Picture& picture, const QStringList& args)
+{
+    switch (picture.place) {
+    case Place::Container:
+        return args.at(1);
+    case Place::Loose:
+        return args.at(2);
+    case Place::IconTheme:
+        if (args.size() < 4)
+            return {};
+        return QStringLiteral("%1/%2x%3/apps")
+            .arg(args.at(3))
+            .arg(picture.pixelSize().width())
+            .arg(picture.pixelSize().height());
+    }
+    return {};
 }
 
 bool render(const Picture& picture, const QDir& folder)
 {
-    const QSize pixels = (picture.logicalSize * picture.scale).toSize();
-    QImage image(pixels, QImage::Format_ARGB32_Premultiplied);
+    if (!QDir().mkpath(folder.path())) {
+        std::fprintf(stderr, "demoart: cannot create %s\n", qPrintable(folder.path()));
+        return false;
+    }
+    QImage image(picture.pixelSize(), QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::transparent);
     {
         QPainter p(&image);
@@ -1103,20 +1147,15 @@ int main(int argc, char** argv)
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QGuiApplication app(argc, argv);
     const QStringList args = app.arguments();
-    if (args.size() != 3) {
-        std::fprintf(stderr, "usage: demoart <container folder> <loose folder>\n");
+    if (args.size() != 3 && args.size() != 4) {
+        std::fprintf(stderr, "usage: demoart <container folder> <loose folder> [<icon theme folder>]\n");
         return 2;
     }
-    const QDir containerFolder(args.at(1));
-    const QDir looseFolder(args.at(2));
-    for (const QDir& folder : {containerFolder, looseFolder}) {
-        if (!QDir().mkpath(folder.path())) {
-            std::fprintf(stderr, "demoart: cannot create %s\n", qPrintable(folder.path()));
-            return 1;
-        }
-    }
     bool ok = true;
-    for (const Picture& picture : pictures())
-        ok = render(picture, picture.place == Place::Loose ? looseFolder : containerFolder) && ok;
+    for (const Picture& picture : pictures()) {
+        const QString folder = outputFolder(picture, args);
+        if (!folder.isEmpty())
+            ok = render(picture, QDir(folder)) && ok;
+    }
     return ok ? 0 : 1;
 }
