@@ -97,6 +97,7 @@ QWidget* QuickViewWidget::createNoFilePage()
                        "Kennenlernen der Orvane-Erklärung finden Sie Musterfälle im Verzeichnis:<br><br>»")
             + sampleFolder.toHtmlEscaped() + QStringLiteral("«"),
         page);
+    hint->setObjectName(QStringLiteral("SampleCasesHint"));
     hint->setTextFormat(Qt::RichText);
     hint->setWordWrap(true);
     hint->setAlignment(Qt::AlignTop | Qt::AlignLeft);
