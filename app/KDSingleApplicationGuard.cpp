@@ -18,6 +18,7 @@
 
 #include <pthread.h>
 #include <signal.h>
+#include <unistd.h>
 
 namespace {
 
@@ -267,9 +268,12 @@ quint32 InstanceRegister::version() const
     return bitFields >> VersionShift;
 }
 
+// The register belongs to one user: Qt keeps the segment's key files in the
+// shared temporary folder, readable only by their owner, so a register of
+// another user of the same machine must never be looked at.
 void setRegisterKey(QSharedMemory& memory, const QString& applicationName)
 {
-    memory.setKey(applicationName);
+    memory.setKey(applicationName + QStringLiteral("-uid") + QString::number(getuid()));
 }
 
 // ---------------------------------------------------------------------------

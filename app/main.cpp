@@ -77,6 +77,8 @@ int main(int argc, char** argv)
     (void)translator.load(QString::fromLatin1(cApplicationInfo::theInstance()->getFilenameInAppDir("qt_de.qm").c_str()));
 
     QApplication application(argc, argv);
+    // Lets the desktop match the window to its desktop entry (Wayland app id).
+    QGuiApplication::setDesktopFileName(QStringLiteral("de.marvendo.startcenter"));
 
     // Plug-ins come from the bundle when it carries its own; otherwise Qt's
     // own list stays, since the system's plug-ins live elsewhere on Linux.
