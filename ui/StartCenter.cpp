@@ -11,13 +11,17 @@
 #include "SelectionButton.h"
 #include "WordWrap.h"
 
+#include <QAbstractEventDispatcher>
+#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QGuiApplication>
+#include <QLibrary>
 #include <QLoggingCategory>
 #include <QScreen>
-#include <QSoundEffect>
-#include <QUrl>
+
+#include <functional>
+#include <memory>
 
 Q_LOGGING_CATEGORY(lcMainWindow, "startcenter.mainwindow", QtWarningMsg)
 
@@ -62,6 +66,27 @@ bool switchSettingsTo(int mode, QWidget* parent)
         CrossPlatformApi::showMessageBox(box);
         return false;
     }
+}
+
+// Runs work once the event loop has nothing else to do, that is once the
+// window is on screen; the work itself is queued behind that moment.
+void runWhenIdle(QObject* context, std::function<void()> work)
+{
+    auto connection = std::make_shared<QMetaObject::Connection>();
+    *connection = QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock,
+                                   context, [connection, context, work = std::move(work)] {
+                                       QObject::disconnect(*connection);
+                                       QMetaObject::invokeMethod(context, work, Qt::QueuedConnection);
+                                   });
+}
+
+// The sound module beside the launcher (see sound/StartSound.cpp); null
+// when it is missing.
+using PlayStartSound = QObject* (*)(const QString& path, QObject* parent);
+PlayStartSound startSoundPlayer()
+{
+    QLibrary module(QCoreApplication::applicationDirPath() + QStringLiteral("/startsound"));
+    return reinterpret_cast<PlayStartSound>(module.resolve("scPlayStartSound"));
 }
 
 } // namespace
@@ -141,7 +166,8 @@ int StartCenter::getVersionType()
 
 // The sound file is "Sounds"/"SoundDir" (relative to the application
 // folder) followed directly by "Sounds"/"StartCenter". A missing file or a
-// machine without sound output stays silent.
+// machine without sound output stays silent. The sound system is brought up
+// once the window is on screen, so the window does not wait for it.
 void StartCenter::playStartSound()
 {
     if (settingInt("Sounds", "StartJingle", 1) != 1)
@@ -156,9 +182,10 @@ void StartCenter::playStartSound()
     if (!QFileInfo(path).isFile())
         return;
 
-    m_startSound = std::make_unique<QSoundEffect>();
-    m_startSound->setSource(QUrl::fromLocalFile(path));
-    m_startSound->play();
+    runWhenIdle(this, [this, path] {
+        if (const PlayStartSound play = startSoundPlayer())
+            play(path, this);
+    });
 }
 
 void StartCenter::chooseMode(int mode)

@@ -9,9 +9,6 @@
 #include <QTimer>
 
 #include <map>
-#include <memory>
-
-class QSoundEffect;
 
 // The launcher's main window: six mode buttons, one page per mode, a header
 // picture and a tool bar. Choosing a mode switches the layered settings to
@@ -113,5 +110,4 @@ private:
     Ui_MainWindow m_ui;
     int m_runningCount = 0;
     QTimer m_updateTimer;
-    std::unique_ptr<QSoundEffect> m_startSound;
 };

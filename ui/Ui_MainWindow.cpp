@@ -15,6 +15,7 @@
 #include <QApplication>
 #include <QBoxLayout>
 #include <QFrame>
+#include <QIconEngine>
 #include <QLabel>
 #include <QMainWindow>
 #include <QMenu>
@@ -25,6 +26,8 @@
 #include <QStateMachine>
 #include <QToolBar>
 #include <QToolButton>
+
+#include <optional>
 
 namespace {
 
@@ -78,6 +81,46 @@ QPixmap picture(const char* role, const char* defaultName)
     PixmapManager* pixmaps = PixmapManager::theInstance();
     return *pixmaps->getPixmap(pixmaps->resolvePixName(role, defaultName));
 }
+
+// An icon whose picture the image manager decodes when it is first shown:
+// most actions sit in menus, which show no icons, or in no bar at all.
+class PictureIconEngine : public QIconEngine
+{
+public:
+    PictureIconEngine(QByteArray role, QByteArray defaultName)
+        : m_role(std::move(role))
+        , m_defaultName(std::move(defaultName))
+    {
+    }
+
+    void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State state) override
+    {
+        icon().paint(painter, rect, Qt::AlignCenter, mode, state);
+    }
+    QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override
+    {
+        return icon().pixmap(size, mode, state);
+    }
+    QSize actualSize(const QSize& size, QIcon::Mode mode, QIcon::State state) override
+    {
+        return icon().actualSize(size, mode, state);
+    }
+    QIconEngine* clone() const override { return new PictureIconEngine(*this); }
+    // Answered without decoding; a missing picture only draws nothing.
+    bool isNull() override { return false; }
+
+private:
+    const QIcon& icon()
+    {
+        if (!m_icon)
+            m_icon = QIcon(picture(m_role.constData(), m_defaultName.constData()));
+        return *m_icon;
+    }
+
+    QByteArray m_role;
+    QByteArray m_defaultName;
+    std::optional<QIcon> m_icon;
+};
 
 QString helpText(const QString& key)
 {
@@ -255,7 +298,7 @@ void Ui_MainWindow::updateUi()
 
 QAction* Ui_MainWindow::newAction(const char* objectName, const char* iconName)
 {
-    auto* action = new QAction(QIcon(picture(objectName, iconName)), QString(), m_window);
+    auto* action = new QAction(QIcon(new PictureIconEngine(objectName, iconName)), QString(), m_window);
     action->setObjectName(QLatin1String(objectName));
     return action;
 }
