@@ -87,6 +87,8 @@ private slots:
     void cleanup();
 
     void modeButtonsSwitchSettingsAndSlideThePage();
+    void missingModeFileIsReportedAndTheModeKept();
+    void selectionButtonLayoutAndHover();
     void restoredModeAndSavingAtExit_data();
     void restoredModeAndSavingAtExit();
     void editionAndProductCodeDecideTheToolBar_data();
@@ -228,6 +230,50 @@ void TestMainWindow::modeButtonsSwitchSettingsAndSlideThePage()
     QTRY_COMPARE(modePage(*window, 4)->geometry(), visible);
     for (int mode : {0, 1, 2, 3, 5})
         QTRY_VERIFY(modePage(*window, mode)->y() >= visible.height());
+}
+
+void TestMainWindow::missingModeFileIsReportedAndTheModeKept()
+{
+    // A mode that the installation does not configure.
+    QVERIFY(configure("fest", ""));
+    const auto window = shownWindow();
+    QVERIFY(window);
+    window->buttonEinurClicked();
+
+    QTest::mouseClick(modeButton(*window, 5), Qt::LeftButton);
+    QCOMPARE(m_boxes->boxes.size(), 1);
+    QVERIFY2(m_boxes->boxes.first().startsWith(QStringLiteral("Fehler|")), qPrintable(m_boxes->boxes.first()));
+    m_boxes->boxes.clear();
+    QCOMPARE(checkedMode(*window), 3);
+    QCOMPARE(currentModus(), std::string("einur"));
+}
+
+void TestMainWindow::selectionButtonLayoutAndHover()
+{
+    SelectionButton button;
+    button.setText(QStringLiteral("Gewinnermittlung 2011"));
+    button.setSubText(QStringLiteral("Umsatz-/Gewerbesteuer"));
+    button.resize(280, 62);
+    button.show();
+    const QRect caption = button.textRect();
+    const QRect subCaption = button.subTextRect();
+    QVERIFY(caption.left() >= SelectionButton::IconSize);
+    QVERIFY(subCaption.top() > caption.bottom());
+    QVERIFY(button.rect().contains(caption.united(subCaption)));
+    // Caption and sub-caption sit together in the middle of the height.
+    QVERIFY(qAbs(caption.top() - (button.height() - 1 - subCaption.bottom())) <= 1);
+
+    button.setFontSize(16);
+    QVERIFY(button.textRect().height() > caption.height());
+    button.setSubText(QString());
+    QVERIFY(button.subTextRect().isNull());
+
+    QEvent enter(QEvent::Enter);
+    QCoreApplication::sendEvent(&button, &enter);
+    QVERIFY(button.isHovered());
+    QEvent leave(QEvent::Leave);
+    QCoreApplication::sendEvent(&button, &leave);
+    QVERIFY(!button.isHovered());
 }
 
 void TestMainWindow::restoredModeAndSavingAtExit_data()
