@@ -50,8 +50,8 @@ public:
     WaitCursor& operator=(const WaitCursor&) = delete;
 };
 
-// Switches the layered settings to the mode; an installation without that
-// mode's settings file is reported and leaves the previous mode in place.
+// Switches the layered settings to the mode; a mode that the installation
+// does not configure is reported and leaves the previous mode in place.
 bool switchSettingsTo(int mode, QWidget* parent)
 {
     try {
