@@ -1056,8 +1056,10 @@ std::vector<Picture> pictures()
     constexpr qreal toolbar = 0.75;  // 48 x 48: tool bar and menus
     const QSizeF header(headerWidth, headerHeight);
     return {
-        {"sc_header", header, 2.0, paintHeader, Place::Loose},
-        {"sc_header", header, 2.0, paintPlainHeader},
+        // At the size the launcher shows on large screens: decoding a larger
+        // picture costs every start a few milliseconds.
+        {"sc_header", header, 960.0 / headerWidth, paintHeader, Place::Loose},
+        {"sc_header", header, 960.0 / headerWidth, paintPlainHeader},
         {"sc_divider", QSizeF(400, 2), 1.0, paintDivider},
 
         {"normal", icon, large, paintNormal},
