@@ -177,15 +177,10 @@ QMessageBox::StandardButton firstButton(QMessageBox::StandardButtons buttons)
     return QMessageBox::NoButton;
 }
 
-// Without a widget application (command-line tools, early start-up) the box
-// cannot be shown: its text goes to the error output and the box is answered
-// with its default button.
-MessageBoxAnswer answerOnConsole(const MessageBoxRequest& request)
+// The answer of a box that nobody sees: its default button, else the first
+// of its buttons.
+MessageBoxAnswer unattendedAnswer(const MessageBoxRequest& request)
 {
-    std::fprintf(stderr, "%s: %s\n", request.title.toLocal8Bit().constData(),
-                 request.text.toLocal8Bit().constData());
-    if (!request.informativeText.isEmpty())
-        std::fprintf(stderr, "%s\n", request.informativeText.toLocal8Bit().constData());
     MessageBoxAnswer answer;
     answer.button = request.defaultButton != QMessageBox::NoButton ? request.defaultButton
                                                                      : firstButton(request.buttons);
@@ -193,8 +188,34 @@ MessageBoxAnswer answerOnConsole(const MessageBoxRequest& request)
     return answer;
 }
 
+// Without a widget application (command-line tools, early start-up) the box
+// cannot be shown: its text goes to the error output.
+MessageBoxAnswer answerOnConsole(const MessageBoxRequest& request)
+{
+    std::fprintf(stderr, "%s: %s\n", request.title.toLocal8Bit().constData(),
+                 request.text.toLocal8Bit().constData());
+    if (!request.informativeText.isEmpty())
+        std::fprintf(stderr, "%s\n", request.informativeText.toLocal8Bit().constData());
+    return unattendedAnswer(request);
+}
+
+// A program started by a test appends each box as one line "title|text"
+// (UTF-8, line breaks of the text written as \n) to the file the test names.
+MessageBoxAnswer answerInLog(const MessageBoxRequest& request, const QString& logPath)
+{
+    QFile log(logPath);
+    if (log.open(QIODevice::WriteOnly | QIODevice::Append)) {
+        const QString text = QString(request.text).replace(QLatin1Char('\n'), QLatin1String("\\n"));
+        log.write((request.title + QLatin1Char('|') + text + QLatin1Char('\n')).toUtf8());
+    }
+    return unattendedAnswer(request);
+}
+
 MessageBoxAnswer showRealMessageBox(const MessageBoxRequest& request)
 {
+    const QString logPath = qEnvironmentVariable("SC_MESSAGE_BOX_LOG");
+    if (!logPath.isEmpty())
+        return answerInLog(request, logPath);
     if (!qobject_cast<QApplication*>(QCoreApplication::instance()))
         return answerOnConsole(request);
 

@@ -120,6 +120,11 @@ public:
     static MessageBoxAnswer showMessageBox(const MessageBoxRequest& request);
     // Replaces the function that shows boxes (tests record them); an empty
     // handler restores the real one. Returns the handler that was in place.
+    // Tests observe the boxes of a launcher process through the environment
+    // variable SC_MESSAGE_BOX_LOG: when it names a file, the real handler
+    // shows nothing, appends each box to that file as one line "title|text"
+    // (UTF-8, line breaks of the text written as \n) and answers with the
+    // default button, else the first of the box's buttons.
     static MessageBoxHandler setMessageBoxHandler(MessageBoxHandler handler);
 
     // --- Standard dialogs -----------------------------------------------------
