@@ -7,6 +7,7 @@
 # Usage: fuzz/run-fuzzers.sh [target...]     (default: every target)
 # Settings from the environment:
 #   FUZZ_SECONDS   time per target (default 60)
+#   FUZZ_RUNS      executions after which a target stops early (default: no limit)
 #   FUZZ_JOBS      targets run at the same time (default: number of cores)
 #   BUILD_DIR      the build folder (default build-fuzz/)
 # Findings land in $BUILD_DIR/fuzz-findings/<target>/, new corpus entries in
@@ -16,6 +17,7 @@ set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=${BUILD_DIR:-$root/build-fuzz}
 seconds=${FUZZ_SECONDS:-60}
+runs=${FUZZ_RUNS:--1}
 jobs=${FUZZ_JOBS:-$(nproc)}
 all_targets=(inifile archive colors date guardargs plist casefile dmfilename)
 targets=("$@")
@@ -48,7 +50,7 @@ run_target() {
     local findings="$build/fuzz-findings/$name" corpus="$build/fuzz-corpus/$name"
     mkdir -p "$findings" "$corpus"
     "$build/fuzz/fuzz_$name" "$corpus" "$root/fuzz/corpus/$name" \
-        -max_total_time="$seconds" -rss_limit_mb=2048 -timeout=10 -detect_leaks=1 \
+        -max_total_time="$seconds" -runs="$runs" -rss_limit_mb=2048 -timeout=10 -detect_leaks=1 \
         -print_final_stats=1 -artifact_prefix="$findings/" >"$findings.log" 2>&1 || true
 }
 

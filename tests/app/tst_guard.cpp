@@ -154,8 +154,11 @@ private Q_SLOTS:
     {
         // Processes that end without tearing down (killed, interrupted, exit(1))
         // leave the lock of their register behind; remove them with the folder.
-        for (const QString& key : std::as_const(m_keys))
-            QSystemSemaphore(key, 1, QSystemSemaphore::Create);
+        for (const QString& key : std::as_const(m_keys)) {
+            QSharedMemory memory;
+            setRegisterKey(memory, key);
+            QSystemSemaphore(memory.key(), 1, QSystemSemaphore::Create);
+        }
         m_installation.reset();
     }
 
