@@ -1,4 +1,4 @@
-#include "../settings/SettingsFixture.h"
+#include "../ui/UiSettings.h"
 #include "Companions.h"
 #include "StartCenter.h"
 #include "TempInstallation.h"
@@ -27,20 +27,8 @@ class TestCompanions : public QObject
 {
     Q_OBJECT
 
-private slots:
-    void init();
-    void cleanup();
-
-    void demoInstallationOpensEveryTarget();
-    void informationDatabaseStartsWithAdvisorParameters();
-    void missingTargetsReportTheirBoxes();
-    void windowActionsReachTheirTargets();
-
 private:
-    void loadSettings();
-    void writeInfoPlist() const;
     QString resource(const QString& name) const { return m_install->resourcesDir() + name; }
-    bool writeProgram(const QString& path) const;
 
     std::unique_ptr<TempInstallation> m_install;
     std::unique_ptr<MessageBoxRecorder> m_boxes;
@@ -49,224 +37,214 @@ private:
     bool m_openSucceeds = true;
     CrossPlatformApi::UrlOpener m_previousOpener;
     CrossPlatformApi::DetachedStarter m_previousStarter;
-};
 
-void TestCompanions::init()
-{
-    m_install = std::make_unique<TempInstallation>();
-    m_boxes = std::make_unique<MessageBoxRecorder>();
-    resetSettingsSingletons();
-    m_opened.clear();
-    m_started.clear();
-    m_openSucceeds = true;
-    m_previousOpener = CrossPlatformApi::setUrlOpener([this](const QUrl& url) {
-        m_opened << url.toString(QUrl::FullyEncoded);
-        return m_openSucceeds;
-    });
-    m_previousStarter = CrossPlatformApi::setDetachedStarter([this](const QString& program, const QStringList& args) {
-        m_started << (QStringList{program} + args);
-        return true;
-    });
-}
-
-void TestCompanions::cleanup()
-{
-    CrossPlatformApi::setUrlOpener(m_previousOpener);
-    CrossPlatformApi::setDetachedStarter(m_previousStarter);
-    resetSettingsSingletons();
-    m_boxes.reset();
-    m_install.reset();
-}
-
-void TestCompanions::loadSettings()
-{
-    const std::string konf = resource("ORVKonf.ini").toStdString();
-    FolderManager::theInstance()->parseSection(konf, "DirectorySymbols");
-    FolderManager::theInstance()->parseSection(konf, "DirectoryDefs");
-    QVERIFY(cNvWinIni::theInstance()->setGlobalIniName(cszNvWinIniName));
-    cNvWinIni::theInstance()->setModus("normal");
-}
-
-void TestCompanions::writeInfoPlist() const
-{
-    QVERIFY(m_install->writeFile("Start-Center.app/Contents/Info.plist",
-                                 "<plist><dict><key>CFBundleIdentifier</key><string>de.marvendo.startcenter</string>"
-                                 "</dict></plist>"));
-}
-
-bool TestCompanions::writeProgram(const QString& path) const
-{
-    return m_install->writeFile(path, "#!/bin/sh\n")
-           && QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-}
-
-void TestCompanions::demoInstallationOpensEveryTarget()
-{
-    QVERIFY(m_install->copyDemoResources());
-    writeInfoPlist();
-    const QString reportTool = resource("Report Tools.app/Contents/MacOS/Report Tools");
-    QVERIFY(writeProgram(reportTool));
-    loadSettings();
-    // The tax-case folder as the file list stores it: below "<HomeDataDir>".
-    const QString taxFolder = fromLatin1(cNvWinIni::theInstance()->getHomeDataPath()) + "2011";
-    QVERIFY(QDir().mkpath(taxFolder));
-    QVERIFY(cNvWinIni::theInstance()->WriteString("Files", "LastWorkDir", "<HomeDataDir>/2011"));
-
-    QVERIFY(Companions::openManual());
-    QVERIFY(Companions::openTaxbook());
-    QVERIFY(Companions::showMarvendo());
-    QVERIFY(Companions::openTaxFolder());
-    QVERIFY(Companions::startReportTool());
-    QVERIFY(Companions::startNetViewer());
-    QVERIFY(Companions::startMarvendoBusinessOnline(QString()));
-    QVERIFY(Companions::openBeraterPlus());
-    QVERIFY(Companions::openBeraterNebenk());
-    QStringList expectedUrls{fileUrl(resource("handbuch.html")),
-                             "https://www.marvendo.example/",
-                             fileUrl(taxFolder),
-                             "https://support.marvendo.example/netviewer",
-                             "https://www.orvane-berater.example/business/",
-                             "https://www.marvendo.example/",
-                             "https://www.lexavo.example/mietrecht/"};
-
-    // Without a file manager on the session bus the bundle's folder opens.
-    const QDBusConnection bus = QDBusConnection::sessionBus();
-    if (!bus.isConnected() || !bus.interface()->isServiceRegistered("org.freedesktop.FileManager1")) {
-        QVERIFY(Companions::openProgramFolder());
-        expectedUrls << fileUrl(m_install->root());
+    // The sample installation with the launcher's bundle identifier, its
+    // settings opened.
+    void loadDemo()
+    {
+        QVERIFY(m_install->copyDemoResources());
+        QVERIFY(m_install->writeFile("Start-Center.app/Contents/Info.plist",
+                                     "<plist><dict><key>CFBundleIdentifier</key><string>de.marvendo.startcenter</string>"
+                                     "</dict></plist>"));
+        QVERIFY(openInstalledSettings());
     }
 
-    // The advisor's address with topic and user filled in.
-    QVERIFY(m_install->writeResource("berater.ini",
-                                     "[Online]\nBusiness=https://berater.example/frage?thema=<TOPIC>&kunde=<USER>\n"
-                                     "User=M\xFCller & S\xF6hne\n"));
-    QVERIFY(Companions::startMarvendoBusinessOnline("Miete & Pacht"));
-    expectedUrls << "https://berater.example/frage?thema=Miete%20%26%20Pacht"
-                                   "&kunde=M%C3%BCller%20%26%20S%C3%B6hne";
+    bool writeProgram(const QString& path) const
+    {
+        return m_install->writeFile(path, "#!/bin/sh\n")
+               && QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    }
 
-    QCOMPARE(m_opened, expectedUrls);
-    QCOMPARE(m_started, (QList<QStringList>{{"xdg-open", resource("help/KURSEL.htm")},
-                                            {reportTool}}));
-    QCOMPARE(m_boxes->boxes, QStringList());
-}
+private slots:
+    void init()
+    {
+        m_install = std::make_unique<TempInstallation>();
+        m_boxes = std::make_unique<MessageBoxRecorder>();
+        m_opened.clear();
+        m_started.clear();
+        m_openSucceeds = true;
+        m_previousOpener = CrossPlatformApi::setUrlOpener([this](const QUrl& url) {
+            m_opened << url.toString(QUrl::FullyEncoded);
+            return m_openSucceeds;
+        });
+        m_previousStarter = CrossPlatformApi::setDetachedStarter([this](const QString& program, const QStringList& args) {
+            m_started << (QStringList{program} + args);
+            return true;
+        });
+    }
 
-void TestCompanions::informationDatabaseStartsWithAdvisorParameters()
-{
-    QVERIFY(m_install->copyDemoResources());
-    loadSettings();
-    QVERIFY(!Companions::isInfoManInstalled());
-    QVERIFY(!Companions::startInfoMan("-d Marvendo -k"));
-    const QString title = "Ihr Plus: Der Steuerberater|";
-    QCOMPARE(m_boxes->boxes, QStringList{title + "Bitte installieren Sie den Steuerberater!"});
+    void cleanup()
+    {
+        CrossPlatformApi::setUrlOpener(m_previousOpener);
+        CrossPlatformApi::setDetachedStarter(m_previousStarter);
+        resetSettingsSingletons();
+        m_boxes.reset();
+        m_install.reset();
+    }
 
-    // The reference file names the program with a folder symbol.
-    const QString shared = m_install->root() + "/shared/";
-    QVERIFY(m_install->writeFile(shared + "Marvendo/Lumidex2/LumidexRef.ini",
-                                 "[Lumidex]\nPath=<COMMON_APPDATA>/Lumidex.app\n"));
-    const QString program = shared + "Lumidex.app/Contents/MacOS/Lumidex";
-    QVERIFY(writeProgram(program));
-    QCOMPARE(Companions::infoManPath(), shared + "Lumidex.app");
+    void demoInstallationOpensEveryTarget()
+    {
+        loadDemo();
+        const QString reportTool = resource("Report Tools.app/Contents/MacOS/Report Tools");
+        QVERIFY(writeProgram(reportTool));
+        // The tax-case folder as the file list stores it: below "<HomeDataDir>".
+        const QString taxFolder = fromLatin1(cNvWinIni::theInstance()->getHomeDataPath()) + "2011";
+        QVERIFY(QDir().mkpath(taxFolder));
+        QVERIFY(cNvWinIni::theInstance()->WriteString("Files", "LastWorkDir", "<HomeDataDir>/2011"));
 
-    QVERIFY(Companions::openBeraterPlus());
-    QVERIFY(Companions::openBeraterNebenk());
-    QVERIFY(Companions::openInfoManLink("-d Marvendo -t \"Miete und Pacht\""));
-    QCOMPARE(m_started, (QList<QStringList>{{program, "-d", "Marvendo", "-k"},
-                                            {program, "-d", "DomveraORV", "-k"},
-                                            {program, "-d", "Marvendo", "-t", "Miete und Pacht"}}));
-    QVERIFY(m_opened.isEmpty());
+        QVERIFY(Companions::openManual());
+        QVERIFY(Companions::openTaxbook());
+        QVERIFY(Companions::showMarvendo());
+        QVERIFY(Companions::openTaxFolder());
+        QVERIFY(Companions::startReportTool());
+        QVERIFY(Companions::startNetViewer());
+        QVERIFY(Companions::startMarvendoBusinessOnline(QString()));
+        QVERIFY(Companions::openBeraterPlus());
+        QVERIFY(Companions::openBeraterNebenk());
+        QStringList expectedUrls{fileUrl(resource("handbuch.html")),
+                                 "https://www.marvendo.example/",
+                                 fileUrl(taxFolder),
+                                 "https://support.marvendo.example/netviewer",
+                                 "https://www.orvane-berater.example/business/",
+                                 "https://www.marvendo.example/",
+                                 "https://www.lexavo.example/mietrecht/"};
 
-    QVERIFY(QFile::setPermissions(program, QFile::ReadOwner));
-    QVERIFY(!Companions::openBeraterPlus());
-    QCOMPARE(m_boxes->boxes.value(1), title + "Fehler beim Starten des Steuerberaters!\n"
-                                                             "Der Steuerberater kann nicht gestartet werden.");
-}
+        // Without a file manager on the session bus the bundle's folder opens.
+        const QDBusConnection bus = QDBusConnection::sessionBus();
+        if (!bus.isConnected() || !bus.interface()->isServiceRegistered("org.freedesktop.FileManager1")) {
+            QVERIFY(Companions::openProgramFolder());
+            expectedUrls << fileUrl(m_install->root());
+        }
 
-void TestCompanions::missingTargetsReportTheirBoxes()
-{
-    const QByteArray root = m_install->root().toLocal8Bit();
-    QVERIFY(m_install->writeResource("ORVKonf.ini",
-                                     "[Settings]\nUserSettings=" + root + "/user\nHomeDataDir=" + root + "/data\n"
-                                     "[Modus]\nnormal=normal.ini\n[Files]\nLastWorkDir=" + root + "/gel\xF6scht\n"
-                                     "[Addons]\nHandbuch=fehlt.pdf\n"));
-    QVERIFY(m_install->writeResource("normal.ini", "[Start]\n"));
-    loadSettings();
-    m_openSucceeds = false;
+        // The advisor's address with topic and user filled in.
+        QVERIFY(m_install->writeResource("berater.ini",
+                                         "[Online]\nBusiness=https://berater.example/frage?thema=<TOPIC>&kunde=<USER>\n"
+                                         "User=M\xFCller & S\xF6hne\n"));
+        QVERIFY(Companions::startMarvendoBusinessOnline("Miete & Pacht"));
+        expectedUrls << "https://berater.example/frage?thema=Miete%20%26%20Pacht"
+                                       "&kunde=M%C3%BCller%20%26%20S%C3%B6hne";
 
-    QVERIFY(!Companions::openManual());
-    QVERIFY(!Companions::openTaxbook());
-    QVERIFY(!Companions::showMarvendo());
-    QVERIFY(!Companions::openTaxFolder());
-    QVERIFY(!Companions::startReportTool());
-    QVERIFY(!Companions::startNetViewer());
-    QVERIFY(cNvWinIni::theInstance()->WriteString("Support", "NetViewerURL", "https://netviewer.example/"));
-    QVERIFY(!Companions::startNetViewer());
-    QVERIFY(!Companions::startMarvendoBusinessOnline(QString()));
-    QVERIFY(!Companions::openBeraterPlus());
-    QVERIFY(!Companions::openBeraterNebenk());
+        QCOMPARE(m_opened, expectedUrls);
+        QCOMPARE(m_started, (QList<QStringList>{{"xdg-open", resource("help/KURSEL.htm")},
+                                                {reportTool}}));
+        QCOMPARE(m_boxes->boxes, QStringList());
+    }
 
-    const QString marvendo = "Marvendo im Internet|Fehler beim Öffnen der Marvendo-Internet-Seite!\n"
-                                            "Die Marvendo Internet-Seite kann nicht geöffnet werden.";
-    const QStringList expected{
-        "Handbuch öffnen|Fehler beim Öffnen des Handbuchs!\n"
-                       "Das Handbuch kann nicht geöffnet werden.",
-        "Kursel|Fehler beim Öffnen des Kursel!\nDer Kompass kann nicht geöffnet werden.",
-        marvendo,
-        "Steuerfallordner Öffnen|Der Ordner »" + m_install->root()
-            + "/gelöscht« konnte nicht geöffnet werden.",
-        "Report Erstellen|Fehler beim Öffnen des Report-Programms!\nDas Support-Tool zum Erfassen "
-                       "eines Reports kann nicht geöffnet werden.",
-        "Netviewer Starten|Fehler beim Versuch, den NetViewer zu laden!\nDie Adresse zum Download des "
-                       "NetViewers ist nicht konfiguriert.",
-        "Netviewer Starten|Fehler beim Öffnen der NetViewer-Internet-Seite!\nDie Seite zur Umleitung "
-                       "auf den NetViewer-Download kann nicht geöffnet werden.",
-        "Marvendo-Business|Fehler beim Öffnen der Marvendo-Business-Internet-Seite!\nDie Seite der "
-                       "Online-Beratung kann nicht geöffnet werden.",
-        marvendo,
-        "Lexavo im Internet|Fehler beim Öffnen der Lexavo-Internet-Seite!\nDie Lexavo Internet-Seite "
-                       "kann nicht geöffnet werden."};
-    QCOMPARE(m_boxes->boxes, expected);
-    // Missing files and folders are not handed to the desktop at all; only
-    // the web addresses were tried.
-    QVERIFY(m_started.isEmpty());
-    for (const QString& url : std::as_const(m_opened))
-        QVERIFY2(url.startsWith(QLatin1String("https://")), qPrintable(url));
-}
+    void informationDatabaseStartsWithAdvisorParameters()
+    {
+        loadDemo();
+        QVERIFY(!Companions::isInfoManInstalled());
+        QVERIFY(!Companions::startInfoMan("-d Marvendo -k"));
+        const QString title = "Ihr Plus: Der Steuerberater|";
+        QCOMPARE(m_boxes->boxes, QStringList{title + "Bitte installieren Sie den Steuerberater!"});
 
-void TestCompanions::windowActionsReachTheirTargets()
-{
-    QVERIFY(m_install->copyDemoResources());
-    writeInfoPlist();
-    loadSettings();
-    MessageBoxAnswer answer;
-    CrossPlatformApi::setMessageBoxHandler([&answer](const MessageBoxRequest&) { return answer; });
+        // The reference file names the program with a folder symbol.
+        const QString shared = m_install->root() + "/shared/";
+        QVERIFY(m_install->writeFile(shared + "Marvendo/Lumidex2/LumidexRef.ini",
+                                     "[Lumidex]\nPath=<COMMON_APPDATA>/Lumidex.app\n"));
+        const QString program = shared + "Lumidex.app/Contents/MacOS/Lumidex";
+        QVERIFY(writeProgram(program));
+        QCOMPARE(Companions::infoManPath(), shared + "Lumidex.app");
 
-    StartCenter window;
-    const auto trigger = [&window](const char* name) {
-        QAction* action = window.findChild<QAction*>(QLatin1String(name));
-        QVERIFY2(action, name);
-        action->trigger();
-    };
-    trigger("actionHandbuch");
-    trigger("actionKursel");
-    trigger("actionNetViewet");
-    QCOMPARE(m_opened, (QStringList{fileUrl(resource("handbuch.html")),
-                                    "https://support.marvendo.example/netviewer"}));
-    QCOMPARE(m_started.size(), 1);
+        QVERIFY(Companions::openBeraterPlus());
+        QVERIFY(Companions::openBeraterNebenk());
+        QVERIFY(Companions::openInfoManLink("-d Marvendo -t \"Miete und Pacht\""));
+        QCOMPARE(m_started, (QList<QStringList>{{program, "-d", "Marvendo", "-k"},
+                                                {program, "-d", "DomveraORV", "-k"},
+                                                {program, "-d", "Marvendo", "-t", "Miete und Pacht"}}));
+        QVERIFY(m_opened.isEmpty());
 
-    // Declining the uninstallation changes nothing; accepting it starts the
-    // removal and ends the event loop with status 0.
-    answer.button = QMessageBox::Cancel;
-    trigger("actionUninstall");
-    QCOMPARE(m_started.size(), 1);
-    answer.button = QMessageBox::Ok;
-    QTimer::singleShot(0, &window, [&trigger] { trigger("actionUninstall"); });
-    QTimer timeUp;
-    connect(&timeUp, &QTimer::timeout, [] { QCoreApplication::exit(7); });
-    timeUp.start(5000);
-    QCOMPARE(QCoreApplication::exec(), 0);
-    QCOMPARE(m_started.value(1).value(0), "/bin/sh");
-    QVERIFY(m_started.value(1).value(2).endsWith(QLatin1Char('"') + m_install->bundleDir() + "\" "));
-}
+        QVERIFY(QFile::setPermissions(program, QFile::ReadOwner));
+        QVERIFY(!Companions::openBeraterPlus());
+        QCOMPARE(m_boxes->boxes.value(1), title + "Fehler beim Starten des Steuerberaters!\n"
+                                                                 "Der Steuerberater kann nicht gestartet werden.");
+    }
+
+    void missingTargetsReportTheirBoxes()
+    {
+        const QByteArray root = m_install->root().toLocal8Bit();
+        QVERIFY(m_install->writeResource("ORVKonf.ini",
+                                         "[Settings]\nUserSettings=" + root + "/user\nHomeDataDir=" + root + "/data\n"
+                                         "[Modus]\nnormal=normal.ini\n[Files]\nLastWorkDir=" + root + "/gel\xF6scht\n"
+                                         "[Addons]\nHandbuch=fehlt.pdf\n"));
+        QVERIFY(m_install->writeResource("normal.ini", "[Start]\n"));
+        QVERIFY(openInstalledSettings());
+        m_openSucceeds = false;
+
+        QVERIFY(!Companions::openManual());
+        QVERIFY(!Companions::openTaxbook());
+        QVERIFY(!Companions::showMarvendo());
+        QVERIFY(!Companions::openTaxFolder());
+        QVERIFY(!Companions::startReportTool());
+        QVERIFY(!Companions::startNetViewer());
+        QVERIFY(cNvWinIni::theInstance()->WriteString("Support", "NetViewerURL", "https://netviewer.example/"));
+        QVERIFY(!Companions::startNetViewer());
+        QVERIFY(!Companions::startMarvendoBusinessOnline(QString()));
+        QVERIFY(!Companions::openBeraterPlus());
+        QVERIFY(!Companions::openBeraterNebenk());
+
+        const QString marvendo = "Marvendo im Internet|Fehler beim Öffnen der Marvendo-Internet-Seite!\n"
+                                                "Die Marvendo Internet-Seite kann nicht geöffnet werden.";
+        const QStringList expected{
+            "Handbuch öffnen|Fehler beim Öffnen des Handbuchs!\n"
+                           "Das Handbuch kann nicht geöffnet werden.",
+            "Kursel|Fehler beim Öffnen des Kursel!\nDer Kompass kann nicht geöffnet werden.",
+            marvendo,
+            "Steuerfallordner Öffnen|Der Ordner »" + m_install->root()
+                + "/gelöscht« konnte nicht geöffnet werden.",
+            "Report Erstellen|Fehler beim Öffnen des Report-Programms!\nDas Support-Tool zum Erfassen "
+                           "eines Reports kann nicht geöffnet werden.",
+            "Netviewer Starten|Fehler beim Versuch, den NetViewer zu laden!\nDie Adresse zum Download des "
+                           "NetViewers ist nicht konfiguriert.",
+            "Netviewer Starten|Fehler beim Öffnen der NetViewer-Internet-Seite!\nDie Seite zur Umleitung "
+                           "auf den NetViewer-Download kann nicht geöffnet werden.",
+            "Marvendo-Business|Fehler beim Öffnen der Marvendo-Business-Internet-Seite!\nDie Seite der "
+                           "Online-Beratung kann nicht geöffnet werden.",
+            marvendo,
+            "Lexavo im Internet|Fehler beim Öffnen der Lexavo-Internet-Seite!\nDie Lexavo Internet-Seite "
+                           "kann nicht geöffnet werden."};
+        QCOMPARE(m_boxes->boxes, expected);
+        // Missing files and folders are not handed to the desktop at all; only
+        // the web addresses were tried.
+        QVERIFY(m_started.isEmpty());
+        for (const QString& url : std::as_const(m_opened))
+            QVERIFY2(url.startsWith(QLatin1String("https://")), qPrintable(url));
+    }
+
+    void windowActionsReachTheirTargets()
+    {
+        loadDemo();
+        MessageBoxAnswer answer;
+        CrossPlatformApi::setMessageBoxHandler([&answer](const MessageBoxRequest&) { return answer; });
+
+        StartCenter window;
+        const auto trigger = [&window](const char* name) {
+            QAction* action = window.findChild<QAction*>(QLatin1String(name));
+            QVERIFY2(action, name);
+            action->trigger();
+        };
+        trigger("actionHandbuch");
+        trigger("actionKursel");
+        trigger("actionNetViewet");
+        QCOMPARE(m_opened, (QStringList{fileUrl(resource("handbuch.html")),
+                                        "https://support.marvendo.example/netviewer"}));
+        QCOMPARE(m_started.size(), 1);
+
+        // Declining the uninstallation changes nothing; accepting it starts the
+        // removal and ends the event loop with status 0.
+        answer.button = QMessageBox::Cancel;
+        trigger("actionUninstall");
+        QCOMPARE(m_started.size(), 1);
+        answer.button = QMessageBox::Ok;
+        QTimer::singleShot(0, &window, [&trigger] { trigger("actionUninstall"); });
+        QTimer timeUp;
+        connect(&timeUp, &QTimer::timeout, [] { QCoreApplication::exit(7); });
+        timeUp.start(5000);
+        QCOMPARE(QCoreApplication::exec(), 0);
+        QCOMPARE(m_started.value(1).value(0), "/bin/sh");
+        QVERIFY(m_started.value(1).value(2).endsWith(QLatin1Char('"') + m_install->bundleDir() + "\" "));
+    }
+};
 
 SC_TEST(TestCompanions)
 #include "tst_companions.moc"

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "../settings/SettingsFixture.h"
-#include "TempInstallation.h"
+#include "UiSettings.h"
 
 #include "ColorManager.h"
 #include "PixmapManager.h"
@@ -10,6 +9,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 
 #include <memory>
 
@@ -26,10 +26,7 @@ public:
         // the random part of the temporary folder must not take part in it.
         do {
             m_install = std::make_unique<TempInstallation>();
-        } while (m_install->root().contains(QLatin1String("16"))
-                 || m_install->root().contains(QLatin1String("17"))
-                 || m_install->root().contains(QLatin1String("2010"))
-                 || m_install->root().contains(QLatin1String("2011")));
+        } while (m_install->root().contains(QRegularExpression(QStringLiteral("1[67]|201[01]"))));
 
         m_valid = m_install->writeResource(
                       QStringLiteral("ORVKonf.ini"),
@@ -41,9 +38,7 @@ public:
                                               "[FileExtensions]\r\nOpen=" + fileTypes
                                                   + "\r\n[ToolTips]\r\nNeuerFall=Neu\r\n");
         resetSingletons();
-        cNvWinIni::theInstance()->enableCache(false);
-        m_valid = m_valid && cNvWinIni::theInstance()->setGlobalIniName("ORVKonf.ini");
-        cNvWinIni::theInstance()->setModus("normal");
+        m_valid = m_valid && openInstalledSettings();
     }
 
     ~PageInstallation() { resetSingletons(); }

@@ -5,11 +5,17 @@
 
 #include <QByteArray>
 
-// Drops every cached settings file and opens the installation's settings
-// again, so that what follows reads what reached the disk.
-inline bool reopenUiSettings()
+// Opens the installation's settings as the launcher's start-up does: the
+// folder symbols of the main configuration file first, then the layered
+// settings, uncached so that every read sees what reached the disk, in the
+// income-tax mode. Drops whatever an earlier opening cached.
+inline bool openInstalledSettings()
 {
     resetSettingsSingletons();
+    const std::string globalIni = cApplicationInfo::theInstance()->getFilenameInAppDir(cszNvWinIniName);
+    FolderManager::theInstance()->parseSection(globalIni, "DirectorySymbols");
+    FolderManager::theInstance()->parseSection(globalIni, "DirectoryDefs");
+    cNvWinIni::theInstance()->enableCache(false);
     if (!cNvWinIni::theInstance()->setGlobalIniName(cszNvWinIniName))
         return false;
     cNvWinIni::theInstance()->setModus("normal");
@@ -23,5 +29,5 @@ inline bool openUiSettings(const TempInstallation& install, const QByteArray& co
     const QByteArray main = "[Settings]\nUserSettings=" + install.root().toLatin1()
                             + "/user\n[Modus]\nnormal=normal.ini\n" + configuration;
     return install.writeResource("ORVKonf.ini", main) && install.writeResource("normal.ini", "[Start]\n")
-           && reopenUiSettings();
+           && openInstalledSettings();
 }
