@@ -193,7 +193,7 @@ private slots:
         QCOMPARE(currentModus(), std::string("einurvor"));
     }
 
-    void selectionButtonLayoutAndHover()
+    void selectionButtonLayout()
     {
         SelectionButton button;
         button.setText(QStringLiteral("Gewinnermittlung 2011"));
@@ -209,13 +209,6 @@ private slots:
         QVERIFY(qAbs(caption.top() - (button.height() - 1 - subCaption.bottom())) <= 1);
         button.setSubText(QString());
         QVERIFY(button.subTextRect().isNull());
-
-        QEvent enter(QEvent::Enter);
-        QCoreApplication::sendEvent(&button, &enter);
-        QVERIFY(button.isHovered());
-        QEvent leave(QEvent::Leave);
-        QCoreApplication::sendEvent(&button, &leave);
-        QVERIFY(!button.isHovered());
     }
 
     void restoredModeAndSavingAtExit_data()
@@ -310,9 +303,9 @@ private slots:
 
         // Action tips are wrapped to 210 pixels in the window font.
         const QString options = window->findChild<QAction*>(QStringLiteral("actionOptionen"))->toolTip();
-        QVERIFY(options.count(QLatin1Char('\n')) >= 2);
-        QCOMPARE(QString(options).replace(QLatin1Char('\n'), QLatin1Char(' ')).remove(QLatin1Char(' ')),
+        QCOMPARE(QString(options).remove(QLatin1Char('\n')).remove(QLatin1Char(' ')),
                  helpText("Konfiguration").remove(QLatin1Char(' ')));
+        QVERIFY(options.count(QLatin1Char('\n')) >= 2);
         const QFontMetrics metrics(window->font());
         for (const QString& line : options.split(QLatin1Char('\n')))
             QVERIFY2(metrics.horizontalAdvance(line) <= 210, qPrintable(line));

@@ -1,6 +1,6 @@
 #include "CrossPlatformApi.h"
 #include "OverviewPage.h"
-#include "TempInstallation.h"
+#include "UiSettings.h"
 #include "TestMain.h"
 
 #include <QDir>
@@ -9,6 +9,8 @@
 #include <QRegularExpression>
 #include <QTest>
 #include <QUrl>
+
+#include <memory>
 
 class OverviewPageTest : public QObject
 {
@@ -30,37 +32,29 @@ private:
 
     TempInstallation m_installation;
     QString m_folder;
-    QStringList m_boxes;   // "title|text"
+    std::unique_ptr<MessageBoxRecorder> m_boxes;
     QList<QUrl> m_opened;
     bool m_browserInstalled = true;
 
 private slots:
-    void initTestCase()
+    void init()
     {
-        CrossPlatformApi::setMessageBoxHandler([this](const MessageBoxRequest& request) {
-            m_boxes.append(request.title + QLatin1Char('|') + request.text);
-            return MessageBoxAnswer{};
-        });
+        m_folder = m_installation.root() + QStringLiteral("/Fälle & <Co>/");
+        QDir(m_folder).removeRecursively();
+        QVERIFY(QDir().mkpath(m_folder));
+        m_boxes = std::make_unique<MessageBoxRecorder>();
+        m_opened.clear();
+        m_browserInstalled = true;
         CrossPlatformApi::setUrlOpener([this](const QUrl& url) {
             m_opened.append(url);
             return m_browserInstalled;
         });
     }
 
-    void cleanupTestCase()
+    void cleanup()
     {
-        CrossPlatformApi::setMessageBoxHandler({});
         CrossPlatformApi::setUrlOpener({});
-    }
-
-    void init()
-    {
-        m_folder = m_installation.root() + QStringLiteral("/Fälle & <Co>/");
-        QDir(m_folder).removeRecursively();
-        QVERIFY(QDir().mkpath(m_folder));
-        m_boxes.clear();
-        m_opened.clear();
-        m_browserInstalled = true;
+        m_boxes.reset();
     }
 
     void writesOneRowPerCaseFile()
@@ -79,7 +73,7 @@ private slots:
                                     QStringLiteral("Leer.est11"), QStringLiteral("Kaputt.est11"), hostile});
         page.setCaption(QStringLiteral("Steuererklärungen 2011"));
         page.show();
-        QCOMPARE(m_boxes, QStringList());
+        QCOMPARE(m_boxes->boxes, QStringList());
         QCOMPARE(QGuiApplication::overrideCursor(), nullptr);
         QCOMPARE(m_opened, QList<QUrl>{QUrl::fromLocalFile(documentPath())});
 
@@ -128,7 +122,7 @@ private slots:
         page.setTaxFiles(m_folder, {QStringLiteral("a.est11")});
         page.show();
 
-        QCOMPARE(m_boxes, (QStringList{
+        QCOMPARE(m_boxes->boxes, (QStringList{
             QStringLiteral("Datei-Übersicht|Im aktuellen Verzeichnis befinden sich keine Dateien dieses Modus."),
             QStringLiteral("Datei-Übersicht|Die HTML-Datei zur Steuerfall-Übersicht konnte nicht erstellt werden!"),
             QStringLiteral("Dateiübersicht anzeigen|Sie haben keinen Internet-Browser installiert!\n"
