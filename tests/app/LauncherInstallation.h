@@ -1,41 +1,84 @@
 #pragma once
 
+#include "KDSingleApplicationGuard_p.h"
 #include "TempInstallation.h"
 
-#include <QByteArray>
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QDirIterator>
+#include <QFileInfo>
 #include <QProcess>
-#include <QStringList>
+#include <QRegularExpression>
+#include <QSharedMemory>
+#include <QSystemSemaphore>
 
 #include <memory>
 
-// One process of the launcher built by this project. Its standard and error
-// output are collected while the test waits for lines in them.
+#include <signal.h>
+
+#ifndef SC_LAUNCHER_PATH
+#error "SC_LAUNCHER_PATH must name the built launcher"
+#endif
+#ifndef SC_BUNDLE_RESOURCES_DIR
+#error "SC_BUNDLE_RESOURCES_DIR must name the Resources folder of the built bundle"
+#endif
+
+// One process of the launcher built by this project; its merged output is
+// collected while the test waits for lines in it. A process that still runs
+// at the end is killed.
 class LauncherProcess
 {
 public:
     static constexpr int Timeout = 30000;   // the test machine may be busy
 
-    LauncherProcess(const QString& program, const QProcessEnvironment& environment);
-    ~LauncherProcess();   // kills a process that still runs
-    LauncherProcess(const LauncherProcess&) = delete;
-    LauncherProcess& operator=(const LauncherProcess&) = delete;
+    LauncherProcess(const QString& program, const QProcessEnvironment& environment)
+    {
+        m_process.setProcessEnvironment(environment);
+        m_process.setProcessChannelMode(QProcess::MergedChannels);
+        m_process.start(program, {});
+    }
+    ~LauncherProcess()
+    {
+        if (isRunning())
+            kill();
+    }
 
-    // Waits until the output holds text; false when the process ended or the
-    // time ran out first.
-    bool waitForOutput(const QByteArray& text);
-    // Waits for the end: the exit code, or -1 for a process that crashed or
-    // still runs.
-    int waitForExitCode();
-    bool isRunning() const;
+    // False when the process ended or the time ran out before the text came.
+    bool waitForOutput(const QByteArray& text)
+    {
+        const QDeadlineTimer deadline(Timeout);
+        while (!m_output.contains(text) && !deadline.hasExpired()) {
+            const bool running = isRunning();
+            m_process.waitForReadyRead(100);
+            m_output += m_process.readAll();
+            if (!running)
+                break;
+        }
+        return m_output.contains(text);
+    }
+    // -1 for a process that crashed or still runs.
+    int waitForExitCode()
+    {
+        m_process.waitForFinished(Timeout);
+        m_output += m_process.readAll();
+        if (isRunning() || m_process.exitStatus() != QProcess::NormalExit)
+            return -1;
+        return m_process.exitCode();
+    }
+    bool isRunning() const { return m_process.state() != QProcess::NotRunning; }
     QByteArray output() const { return m_output; }
 
-    // Ends the process as Ctrl+C does: it leaves the instance register first.
-    bool interrupt();
-    // Ends the process without any chance to clean up.
-    bool kill();
+    // As Ctrl+C does: the launcher leaves the instance register first.
+    bool interrupt() { return signal(SIGINT); }
+    // Without any chance to clean up.
+    bool kill() { return signal(SIGKILL); }
 
 private:
-    bool signal(int number);
+    bool signal(int number)
+    {
+        const qint64 pid = m_process.processId();
+        return pid > 0 && ::kill(pid_t(pid), number) == 0 && m_process.waitForFinished(Timeout);
+    }
 
     QProcess m_process;
     QByteArray m_output;
@@ -43,28 +86,77 @@ private:
 
 // The launcher and its modules with the files of the built bundle (sample
 // configuration, image container, translation, tax program and update
-// stand-ins) in a temporary installation. Its bundle identifier is its own, so its
-// single-instance register is not shared with any other launcher on the
+// stand-ins) in a temporary installation. Its bundle identifier is its own, so
+// its single-instance register is not shared with any other launcher on the
 // machine. The launchers log their start-up ("start-up complete") and window
 // activation ("main window activated") and write their message boxes to a
 // log instead of showing them.
 class LauncherInstallation : public TempInstallation
 {
 public:
-    LauncherInstallation();
-    // Removes what launchers that did not tear down left of their register.
-    ~LauncherInstallation();
+    LauncherInstallation()
+    {
+        static int count = 0;
+        m_applicationName = QStringLiteral("startcenter-test-%1-%2").arg(QCoreApplication::applicationPid()).arg(++count);
+        const QByteArray propertyList = propertyListWithIdentifier(QStringLiteral("de.test.") + m_applicationName);
+        m_ready = isValid() && !propertyList.isEmpty()
+                  && copyFolder(QStringLiteral(SC_BUNDLE_RESOURCES_DIR), resourcesDir())
+                  && writeFile(QStringLiteral("Start-Center.app/Contents/Info.plist"), propertyList)
+                  && copyFolder(QFileInfo(QStringLiteral(SC_LAUNCHER_PATH)).path(), QFileInfo(executablePath()).path());
+    }
+    // As the next start would: a register nobody is attached to goes away,
+    // and so does the lock that launchers which did not tear down left.
+    ~LauncherInstallation()
+    {
+        QSharedMemory stale;
+        setRegisterKey(stale, m_applicationName);
+        if (stale.attach())
+            stale.detach();
+        QSystemSemaphore(stale.key(), 1, QSystemSemaphore::Create);
+    }
 
     bool isReady() const { return m_ready; }
-    std::unique_ptr<LauncherProcess> start() const;
+    std::unique_ptr<LauncherProcess> start() const
+    {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+        environment.insert(QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("startcenter.*.debug=true"));
+        environment.insert(QStringLiteral("SC_MESSAGE_BOX_LOG"), boxLogPath());
+        return std::make_unique<LauncherProcess>(executablePath(), environment);
+    }
     // The boxes of all launchers of this installation so far, "title|text"
     // each, line breaks of the text written as \n.
-    QStringList boxes() const;
+    QStringList boxes() const
+    {
+        return QString::fromUtf8(readFile(boxLogPath())).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    }
     // Where they are written (the environment variable SC_MESSAGE_BOX_LOG),
     // also for other programs of the suite that a test starts.
-    QString boxLogPath() const;
+    QString boxLogPath() const { return root() + QStringLiteral("/boxes.log"); }
 
 private:
+    static bool copyFolder(const QString& from, const QString& to)
+    {
+        const QDir source(from);
+        bool ok = source.exists();
+        QDirIterator it(from, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+        while (it.hasNext()) {
+            const QString file = it.next();
+            const QString target = QDir(to).filePath(source.relativeFilePath(file));
+            ok = QDir().mkpath(QFileInfo(target).path()) && QFile::copy(file, target) && ok;
+        }
+        return ok;
+    }
+    // The built bundle's property list, naming the bundle identifier given.
+    static QByteArray propertyListWithIdentifier(const QString& identifier)
+    {
+        QFile built(QStringLiteral(SC_BUNDLE_RESOURCES_DIR "../Info.plist"));
+        static const QRegularExpression key(QStringLiteral("(<key>CFBundleIdentifier</key>\\s*<string>)[^<]*"));
+        if (!built.open(QIODevice::ReadOnly))
+            return {};
+        QString content = QString::fromUtf8(built.readAll());
+        return content.contains(key) ? content.replace(key, QStringLiteral("\\1") + identifier).toUtf8() : QByteArray();
+    }
 
     QString m_applicationName;
     bool m_ready = false;
