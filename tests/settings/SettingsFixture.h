@@ -6,6 +6,7 @@
 #include "DMFileName.h"
 #include "FolderManager.h"
 #include "NvWinIni.h"
+#include "TempInstallation.h"
 
 #include <QDateTime>
 #include <QFile>
@@ -47,6 +48,15 @@ public:
 
 private:
     CrossPlatformApi::MessageBoxHandler m_previous;
+};
+
+// A throw-away installation for one test that records its message boxes;
+// the settings singletons are dropped before and after, so that they see it.
+struct SettingsSandbox : TempInstallation
+{
+    SettingsSandbox() { resetSettingsSingletons(); }
+    ~SettingsSandbox() { resetSettingsSingletons(); }
+    MessageBoxRecorder boxes;
 };
 
 // Files are re-read only when they are newer than at the last read, at a

@@ -24,193 +24,165 @@ class TestDemoInstallation : public QObject
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
+    void init()
+    {
+        m_install = std::make_unique<SettingsSandbox>();
+        QVERIFY(m_install->copyDemoResources());
+    }
 
-    void textFilesAreLatin1();
-    void everyValidModeHasItsSettings();
-    void everyColourIsDefinedAndResolves();
-    void everyPictureExists();
-    void userFoldersResolveBelowHome();
+    void cleanup() { m_install.reset(); }
+
+    void textFilesAreLatin1()
+    {
+        int checked = 0;
+        QDirIterator it(m_install->resourcesDir(), {QStringLiteral("*.ini"), QStringLiteral("*.urc"),
+                                                     QStringLiteral("*.htm"), QStringLiteral("*.html")},
+                        QDir::Files, QDirIterator::Subdirectories);
+        while (it.hasNext()) {
+            const QString path = it.next();
+            const QByteArray data = m_install->readFile(path);
+            ++checked;
+            // A UTF-8 umlaut is a lead byte followed by a continuation byte,
+            // which in Latin-1 text would read as "Ã¤" and the like.
+            for (int i = 0; i + 1 < data.size(); ++i) {
+                const auto lead = uchar(data[i]);
+                const auto next = uchar(data[i + 1]);
+                if (lead >= 0xC2 && lead <= 0xF4 && (next & 0xC0) == 0x80)
+                    QFAIL(qPrintable(QStringLiteral("UTF-8 sequence in %1 at byte %2").arg(path).arg(i)));
+            }
+            for (const QByteArray& line : data.split('\n'))
+                QVERIFY2(line.size() < 4096, qPrintable(path));   // the reader stops at longer lines
+        }
+        QVERIFY(checked >= 12);
+    }
+
+    void everyValidModeHasItsSettings()
+    {
+        const QStringList modes = validModes();
+        QCOMPARE(modes, QStringList({"normal", "vorweg", "ermaess", "einur", "einurvor", "fest"}));
+        cIniFile konf(resource("ORVKonf.ini"), false, false);
+        QSet<QString> patterns;
+        for (const QString& mode : modes) {
+            const std::string file = konf.GetString("Modus", mode.toLatin1().constData(), "");
+            QVERIFY2(!file.empty(), qPrintable(mode));
+            QVERIFY2(QFileInfo::exists(m_install->resourcesDir() + fromLatin1(file)), file.c_str());
+
+            cIniFile modeIni(resource(file.c_str()), false, false);
+            QVERIFY2(!modeIni.GetString("ModusEinstellungen", "Parameter", "").empty(), file.c_str());
+            // Description and pattern, with no ";" (which would start a comment).
+            const QStringList open = fromLatin1(modeIni.GetString("FileExtensions", "Open", "")).split(QLatin1Char('|'));
+            QCOMPARE(open.size(), 2);
+            QVERIFY2(open.at(1).startsWith(QLatin1String("*.")), file.c_str());
+            patterns.insert(open.at(1));
+        }
+        QCOMPARE(patterns.size(), modes.size());   // each mode lists only its own case files
+    }
+
+    void everyColourIsDefinedAndResolves()
+    {
+        cIniFile konf(resource("ORVKonf.ini"), false, false);
+        const std::string colourFile = konf.GetString("ApplicationColors", "ColorDefsIni", "");
+        QCOMPARE(colourFile, std::string("ColorDefs.ini"));
+        cIniFile colours(resource(colourFile.c_str()), false, false);
+
+        // Every colour of the file; those the launcher asks for at start-up
+        // and misses would show up as boxes in the start-up tests.
+        const cIniFile::KeyMap* section = colours.FindSection("applicationcolors");
+        QVERIFY(section && section->size() > 40);
+        for (const auto& entry : *section) {
+            const char* key = entry.first.c_str();
+            // Follow the references through "ColorDefs" down to an RGB triple,
+            // dropping the lightness operator of each step.
+            QString value = fromLatin1(colours.GetString("ApplicationColors", key, "")).trimmed();
+            int depth = 0;
+            while (!value.isEmpty() && !value.contains(QLatin1Char(','))) {
+                QVERIFY2(++depth <= 16, key);
+                const qsizetype op = value.indexOf(QRegularExpression(QStringLiteral("[+-]")));
+                const QString name = (op < 0 ? value : value.left(op)).trimmed();
+                value = fromLatin1(colours.GetString("ColorDefs", name.toLatin1().constData(), "")).trimmed();
+            }
+            const QStringList rgb = value.split(QLatin1Char(','));
+            QVERIFY2(rgb.size() == 3, key);
+            for (const QString& part : rgb) {
+                bool ok = false;
+                const int channel = part.trimmed().toInt(&ok);
+                QVERIFY2(ok && channel >= 0 && channel <= 255, key);
+            }
+        }
+    }
+
+    void everyPictureExists()
+    {
+        // The container's entry names are lower case; loose files keep their case.
+        const QDir container(QStringLiteral(SC_DEMO_PICTURES_DIR "/container"));
+        const QDir loose(QStringLiteral(SC_DEMO_PICTURES_DIR "/media"));
+        QSet<QString> pictures;
+        for (const QString& file : container.entryList({QStringLiteral("*.png")}, QDir::Files))
+            pictures.insert(file.toLower());
+        for (const QString& file : loose.entryList({QStringLiteral("*.png")}, QDir::Files)) {
+            pictures.insert(file);
+            QVERIFY2(container.exists(file), "a loose picture replaces a container entry");
+        }
+
+        QStringList wanted = {
+            "sc_header", "sc_divider", "normal", "vorweg", "ermaess", "einur", "einurvor", "fest",
+            "sc_berater-small", "onlineberater_blau-small", "kompass-small", "handbuch", "support", "online-small",
+            "optionen", "menu_report", "netviewer-small", "folder-closed-small", "cd", "menu_online", "online_konfig",
+            "sc_new", "sc_open", "InspDatenuebernahme", "tool_home-small", "neu-small", "hilfe_Datenuebernahme",
+            "oeffnen-small", "sc_weitere", "home", "sc_overview"};
+        cIniFile info(resource("media/images.ini"), false, false);
+        for (const std::string& section : info.GetSections()) {
+            const std::string pic = info.GetString(section.c_str(), "pic", "");
+            if (!pic.empty())
+                wanted << fromLatin1(pic);
+        }
+        for (const QString& name : wanted) {
+            const QString file = name + QStringLiteral(".png");
+            QVERIFY2(pictures.contains(file) || pictures.contains(file.toLower()), qPrintable(name));
+        }
+    }
+
+    void userFoldersResolveBelowHome()
+    {
+        const std::string konf = resource("ORVKonf.ini");
+        FolderManager::theInstance()->parseSection(konf, "DirectorySymbols");
+        FolderManager::theInstance()->parseSection(konf, "DirectoryDefs");
+        cNvWinIni* settings = cNvWinIni::theInstance();
+        QVERIFY(settings->setGlobalIniName(cszNvWinIniName));
+        QVERIFY(FolderManager::theInstance()->ensureFolderExists("<COMMONSETTINGS>"));
+        QVERIFY(FolderManager::theInstance()->ensureFolderExists("<COMMONLOGFILES>"));
+
+        const QString home = m_install->home();
+        QCOMPARE(fromLatin1(settings->getUserSettingsPath()), home + QStringLiteral("/.config/Marvendo/ORV17/Start-Center/"));
+        const QString documents = fromLatin1(CrossPlatformApi::getSystemFolder(CrossPlatformApi::SysMyDocuments));
+        QCOMPARE(fromLatin1(settings->getHomeDataPath()), documents + QStringLiteral("/Orvane Steuerf\u00E4lle/"));
+        QVERIFY(QFileInfo(documents + QStringLiteral("/Orvane Steuerf\u00E4lle")).isDir());
+        QVERIFY(QFileInfo(home + QStringLiteral("/.local/share/Marvendo/Orvane/Settings")).isDir());
+
+        // Every mode opens; the first switch applies default.ini once.
+        for (const QString& mode : validModes()) {
+            settings->setModus(mode.toStdString());
+            QVERIFY(!settings->GetString("ModusEinstellungen", "Parameter", "").empty());
+        }
+        QCOMPARE(settings->GetInt("Settings", "SetDefaultSettings", 1), 0);
+        QCOMPARE(settings->GetString("StartCenter", "OnORVStart", ""), std::string("Minimize"));
+        QVERIFY(settings->IsInUserGlobalIni("StartCenter", "OnORVStart"));
+        QCOMPARE(m_install->boxes.boxes, QStringList());
+    }
 
 private:
     std::string resource(const char* name) const
     {
         return (m_install->resourcesDir() + QLatin1String(name)).toStdString();
     }
-    QStringList validModes();
+    QStringList validModes()
+    {
+        cIniFile konf(resource("ORVKonf.ini"), false, false);
+        return fromLatin1(konf.GetString("Modes", "ValidModes", "")).split(QLatin1Char(','));
+    }
 
-    std::unique_ptr<TempInstallation> m_install;
-    std::unique_ptr<MessageBoxRecorder> m_boxes;
+    std::unique_ptr<SettingsSandbox> m_install;
 };
-
-void TestDemoInstallation::init()
-{
-    m_install = std::make_unique<TempInstallation>();
-    QVERIFY(m_install->isValid());
-    QVERIFY(m_install->copyDemoResources());
-    m_boxes = std::make_unique<MessageBoxRecorder>();
-    resetSettingsSingletons();
-}
-
-void TestDemoInstallation::cleanup()
-{
-    resetSettingsSingletons();
-    m_boxes.reset();
-    m_install.reset();
-}
-
-QStringList TestDemoInstallation::validModes()
-{
-    cIniFile konf(resource("ORVKonf.ini"), false, false);
-    return fromLatin1(konf.GetString("Modes", "ValidModes", "")).split(QLatin1Char(','));
-}
-
-void TestDemoInstallation::textFilesAreLatin1()
-{
-    int checked = 0;
-    QDirIterator it(m_install->resourcesDir(), {QStringLiteral("*.ini"), QStringLiteral("*.urc"),
-                                                 QStringLiteral("*.htm"), QStringLiteral("*.html")},
-                    QDir::Files, QDirIterator::Subdirectories);
-    while (it.hasNext()) {
-        const QString path = it.next();
-        const QByteArray data = m_install->readFile(path);
-        ++checked;
-        // A UTF-8 umlaut is a lead byte followed by a continuation byte,
-        // which in Latin-1 text would read as "Ã¤" and the like.
-        for (int i = 0; i + 1 < data.size(); ++i) {
-            const auto lead = uchar(data[i]);
-            const auto next = uchar(data[i + 1]);
-            if (lead >= 0xC2 && lead <= 0xF4 && (next & 0xC0) == 0x80)
-                QFAIL(qPrintable(QStringLiteral("UTF-8 sequence in %1 at byte %2").arg(path).arg(i)));
-        }
-        for (const QByteArray& line : data.split('\n'))
-            QVERIFY2(line.size() < 4096, qPrintable(path));   // the reader stops at longer lines
-    }
-    QVERIFY(checked >= 12);
-}
-
-void TestDemoInstallation::everyValidModeHasItsSettings()
-{
-    const QStringList modes = validModes();
-    QCOMPARE(modes, QStringList({"normal", "vorweg", "ermaess", "einur", "einurvor", "fest"}));
-    cIniFile konf(resource("ORVKonf.ini"), false, false);
-    QSet<QString> patterns;
-    for (const QString& mode : modes) {
-        const std::string file = konf.GetString("Modus", mode.toLatin1().constData(), "");
-        QVERIFY2(!file.empty(), qPrintable(mode));
-        QVERIFY2(QFileInfo::exists(m_install->resourcesDir() + fromLatin1(file)), file.c_str());
-
-        cIniFile modeIni(resource(file.c_str()), false, false);
-        QVERIFY2(!modeIni.GetString("ModusEinstellungen", "Parameter", "").empty(), file.c_str());
-        // Description and pattern, with no ";" (which would start a comment).
-        const QStringList open = fromLatin1(modeIni.GetString("FileExtensions", "Open", "")).split(QLatin1Char('|'));
-        QCOMPARE(open.size(), 2);
-        QVERIFY2(open.at(1).startsWith(QLatin1String("*.")), file.c_str());
-        patterns.insert(open.at(1));
-    }
-    QCOMPARE(patterns.size(), modes.size());   // each mode lists only its own case files
-}
-
-void TestDemoInstallation::everyColourIsDefinedAndResolves()
-{
-    cIniFile konf(resource("ORVKonf.ini"), false, false);
-    const std::string colourFile = konf.GetString("ApplicationColors", "ColorDefsIni", "");
-    QCOMPARE(colourFile, std::string("ColorDefs.ini"));
-    cIniFile colours(resource(colourFile.c_str()), false, false);
-
-    const char* const keys[] = {
-        "DefaultBkg", "DefaultControlBkg", "ControlButtonBkg", "MenuAndButtonHighlight", "RedFredBkg",
-        "ThemenfilterBkg", "AssistBkg", "SplitterFrame", "ErrorBkg", "WarningBkg", "TableBkg",
-        "ControlReadonlyText", "ControlReadonlyBkg", "ControlDisabledBkg", "DisabledText", "Link", "LinkVisited",
-        "DatePickerBkg", "DatePickerFg", "DatePickerWeekdaysBkg", "DatePickerWeekendBkg", "DatePickerSelection",
-        "DatePickerOtherMonthBkg", "DatePickerOtherMonthFg", "NavHighlightHigh", "NavHighlightLow",
-        "ControlHighlightBkgHigh", "ControlHighlightBkgLow", "SplitterTitleHigh", "SplitterTitleLow",
-        "ToolbarBase", "NormalToolbarText", "DisabledToolbarText", "MainWindowGradientTop",
-        "MainWindowGradientBottom", "ToolbarGradientTop", "ToolbarGradientBottom", "StatusbarGradientTop",
-        "StatusbarGradientBottom", "DialogbarGradientTop", "DialogbarGradientBottom", "Background", "NormalText",
-        "Dark", "Light", "InfoTabActiveTop", "InfoTabActiveBottom", "InfoTabInactiveTop", "InfoTabInactiveBottom",
-        "FrameTitleTop", "FrameTitleBottom", "MenuBackground", "DefaultFrg", "PrueferBkg", "SplitterTitleGray",
-        "SensiHighlight", "PenHighlight", "SteuererstattungFontColor", "SteuernachzahlungFontColor"};
-    for (const char* key : keys) {
-        // Follow the references through "ColorDefs" down to an RGB triple,
-        // dropping the lightness operator of each step.
-        QString value = fromLatin1(colours.GetString("ApplicationColors", key, "")).trimmed();
-        int depth = 0;
-        while (!value.isEmpty() && !value.contains(QLatin1Char(','))) {
-            QVERIFY2(++depth <= 16, key);
-            const qsizetype op = value.indexOf(QRegularExpression(QStringLiteral("[+-]")));
-            const QString name = (op < 0 ? value : value.left(op)).trimmed();
-            value = fromLatin1(colours.GetString("ColorDefs", name.toLatin1().constData(), "")).trimmed();
-        }
-        const QStringList rgb = value.split(QLatin1Char(','));
-        QVERIFY2(rgb.size() == 3, key);
-        for (const QString& part : rgb) {
-            bool ok = false;
-            const int channel = part.trimmed().toInt(&ok);
-            QVERIFY2(ok && channel >= 0 && channel <= 255, key);
-        }
-    }
-}
-
-void TestDemoInstallation::everyPictureExists()
-{
-    // The container's entry names are lower case; loose files keep their case.
-    const QDir container(QStringLiteral(SC_DEMO_PICTURES_DIR "/container"));
-    const QDir loose(QStringLiteral(SC_DEMO_PICTURES_DIR "/media"));
-    QSet<QString> pictures;
-    for (const QString& file : container.entryList({QStringLiteral("*.png")}, QDir::Files))
-        pictures.insert(file.toLower());
-    for (const QString& file : loose.entryList({QStringLiteral("*.png")}, QDir::Files)) {
-        pictures.insert(file);
-        QVERIFY2(container.exists(file), "a loose picture replaces a container entry");
-    }
-
-    QStringList wanted = {
-        "sc_header", "sc_divider", "normal", "vorweg", "ermaess", "einur", "einurvor", "fest",
-        "sc_berater-small", "onlineberater_blau-small", "kompass-small", "handbuch", "support", "online-small",
-        "optionen", "menu_report", "netviewer-small", "folder-closed-small", "cd", "menu_online", "online_konfig",
-        "sc_new", "sc_open", "InspDatenuebernahme", "tool_home-small", "neu-small", "hilfe_Datenuebernahme",
-        "oeffnen-small", "sc_weitere", "home", "sc_overview"};
-    cIniFile info(resource("media/images.ini"), false, false);
-    for (const std::string& section : info.GetSections()) {
-        const std::string pic = info.GetString(section.c_str(), "pic", "");
-        if (!pic.empty())
-            wanted << fromLatin1(pic);
-    }
-    for (const QString& name : wanted) {
-        const QString file = name + QStringLiteral(".png");
-        QVERIFY2(pictures.contains(file) || pictures.contains(file.toLower()), qPrintable(name));
-    }
-}
-
-void TestDemoInstallation::userFoldersResolveBelowHome()
-{
-    const std::string konf = resource("ORVKonf.ini");
-    FolderManager::theInstance()->parseSection(konf, "DirectorySymbols");
-    FolderManager::theInstance()->parseSection(konf, "DirectoryDefs");
-    cNvWinIni* settings = cNvWinIni::theInstance();
-    QVERIFY(settings->setGlobalIniName(cszNvWinIniName));
-    QVERIFY(FolderManager::theInstance()->ensureFolderExists("<COMMONSETTINGS>"));
-    QVERIFY(FolderManager::theInstance()->ensureFolderExists("<COMMONLOGFILES>"));
-
-    const QString home = m_install->home();
-    QCOMPARE(fromLatin1(settings->getUserSettingsPath()), home + QStringLiteral("/.config/Marvendo/ORV17/Start-Center/"));
-    const QString documents = fromLatin1(CrossPlatformApi::getSystemFolder(CrossPlatformApi::SysMyDocuments));
-    QCOMPARE(fromLatin1(settings->getHomeDataPath()), documents + QStringLiteral("/Orvane Steuerf\u00E4lle/"));
-    QVERIFY(QFileInfo(documents + QStringLiteral("/Orvane Steuerf\u00E4lle")).isDir());
-    QVERIFY(QFileInfo(home + QStringLiteral("/.local/share/Marvendo/Orvane/Settings")).isDir());
-
-    // Every mode opens; the first switch applies default.ini once.
-    for (const QString& mode : validModes()) {
-        settings->setModus(mode.toStdString());
-        QVERIFY(!settings->GetString("ModusEinstellungen", "Parameter", "").empty());
-    }
-    QCOMPARE(settings->GetInt("Settings", "SetDefaultSettings", 1), 0);
-    QCOMPARE(settings->GetString("StartCenter", "OnORVStart", ""), std::string("Minimize"));
-    QVERIFY(settings->IsInUserGlobalIni("StartCenter", "OnORVStart"));
-    QCOMPARE(m_boxes->boxes, QStringList());
-}
 
 SC_TEST(TestDemoInstallation)
 #include "tst_demoinstallation.moc"

@@ -16,218 +16,198 @@ class TestNvWinIni : public QObject
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
+    void init()
+    {
+        m_install = std::make_unique<SettingsSandbox>();
+        writeKonf(userDir().toLatin1());
+        m_install->writeResource("normal.ini", "[Start]\nShared=fromNormal\nModeOnly=normal\nEmptyInMode=\n");
+        m_install->writeResource("vorweg.ini", "[Start]\nShared=fromVorweg\n");
+    }
 
-    void layeredReadTreatsEmptyAsMissing();
-    void writeLandsInUserCopyOfDefiningFile();
-    void cacheKeepsFirstResultUntilCleared();
-    void configuredFolders_data();
-    void configuredFolders();
-    void defaultSettingsAreAppliedOnce();
-    void removeUserModusIniFilesDeletesUserCopies();
+    void cleanup() { m_install.reset(); }
+
+    void layeredReadTreatsEmptyAsMissing()
+    {
+        m_install->writeFile("user/ORVKonf.user.ini", "[Start]\nGlobalOnly=fromUserGlobal\n");
+        m_install->writeFile("user/normal.user.ini", "[Start]\nShared=\nModeOnly=fromUserModus\n");
+        QVERIFY(!settings()->setGlobalIniName("Fehlt.ini"));
+        QVERIFY(settings()->setGlobalIniName(cszNvWinIniName));
+        settings()->enableCache(false);
+
+        // Before a mode is chosen only the two global files count.
+        QCOMPARE(get("Shared"), "fromGlobal");
+        QCOMPARE(get("ModeOnly"), "x");
+
+        QCOMPARE(settings()->setModus("normal"), "");
+        QCOMPARE(get("Shared"), "fromNormal");
+        QCOMPARE(get("ModeOnly"), "fromUserModus");
+        QCOMPARE(settings()->GetString("start", "GLOBALONLY", "x"), "fromUserGlobal");
+        QCOMPARE(get("EmptyInMode"), "fromGlobal");
+        QCOMPARE(settings()->GetString("Start", "Missing", nullptr), "");
+        QCOMPARE(settings()->GetInt("Start", "Letters", 7), 0);
+    }
+
+    void writeLandsInUserCopyOfDefiningFile()
+    {
+        QVERIFY(settings()->setGlobalIniName(cszNvWinIniName));
+        settings()->setModus("normal");
+
+        // Defined only by the main configuration file: its user copy, seen in
+        // every mode. Defined by the mode file, even empty: the mode's user copy.
+        // Defined nowhere: the current mode's user copy.
+        QVERIFY(settings()->WriteString("Start", "GlobalOnly", "mine"));
+        QVERIFY(settings()->WriteInt("Start", "EmptyInMode", 42));
+        QVERIFY(settings()->WriteString("Start", "Unknown", "normalValue"));
+        QVERIFY(settings()->IsInUserGlobalIni("Start", "GlobalOnly"));
+        QVERIFY(m_install->readFile(userDir() + "ORVKonf.user.ini").contains("globalonly=mine\r\n"));
+        QVERIFY(m_install->readFile(userDir() + "normal.user.ini").contains("unknown=normalValue\r\n"));
+
+        QCOMPARE(settings()->setModus("vorweg"), "normal");
+        QCOMPARE(settings()->getUserModusIniPath(), (userDir() + "vorweg.user.ini").toStdString());
+        QCOMPARE(get("GlobalOnly"), "mine");
+        QCOMPARE(get("EmptyInMode"), "fromGlobal");
+        QCOMPARE(get("Unknown"), "x");
+
+        // An unknown mode throws and leaves the current mode in place.
+        try {
+            settings()->setModus("bogus");
+            QFAIL("no exception for an unknown mode");
+        } catch (const xNvFatalExc& error) {
+            QCOMPARE(QByteArray(error.what()), "Programmmodus <bogus> unbekannt.");
+        }
+        QCOMPARE(settings()->getModus(), "vorweg");
+
+        settings()->setModus("normal");
+        QCOMPARE(settings()->GetInt("Start", "EmptyInMode", 0), 42);
+        QCOMPARE(get("Unknown"), "normalValue");
+    }
+
+    void cacheKeepsFirstResultUntilCleared()
+    {
+        QVERIFY(settings()->setGlobalIniName(cszNvWinIniName));
+        settings()->setModus("normal");
+
+        // The first call's default is cached for a missing key, GetInt shares the
+        // entry, and the key is spelled as the caller spells it.
+        QCOMPARE(settings()->GetString("Start", "Missing", "first"), "first");
+        QCOMPARE(settings()->GetString("Start", "Missing", "second"), "first");
+        QCOMPARE(settings()->GetInt("Start", "Missing", 5), 0);
+        QCOMPARE(settings()->GetString("START", "Missing", "other"), "other");
+
+        // A change on disk stays unseen while cached, also across setModus with
+        // the current mode, and is seen once the cache is cleared.
+        QCOMPARE(get("ModeOnly"), "normal");
+        m_install->writeResource("normal.ini", "[Start]\nModeOnly=changed\n");
+        QVERIFY(moveModificationTimeForward(m_install->resourcesDir() + "normal.ini"));
+        settings()->setModus("normal");
+        QCOMPARE(get("ModeOnly"), "normal");
+        settings()->clearCache();
+        QCOMPARE(get("ModeOnly"), "changed");
+
+        settings()->WriteString("Start", "Missing", "written");
+        QCOMPARE(get("Missing"), "written");
+    }
+
+    void configuredFolders_data()
+    {
+        QTest::addColumn<QByteArray>("userSettings");
+        QTest::addColumn<QString>("expected");   // "@root", "@app" and "@temp" stand for those folders
+
+        QTest::newRow("variable") << QByteArray("%SC_TEST_SETTINGS%/c") << QStringLiteral("@root/env/c/");
+        QTest::newRow("unset variable") << QByteArray("/x/%SC_TEST_UNSET%/y") << QStringLiteral("@app/");
+        QTest::newRow("empty") << QByteArray() << QStringLiteral("@app/");
+        QTest::newRow("relative") << QByteArray("Eigene/Daten") << QStringLiteral("@app/Eigene/Daten/");
+        QTest::newRow("uncreatable") << QByteArray("@root/blocker/sub") << QStringLiteral("@temp/");
+    }
+
+    void configuredFolders()
+    {
+        QFETCH(QByteArray, userSettings);
+        QFETCH(QString, expected);
+        const auto resolve = [this](QString text) {
+            return text.replace("@root", m_install->root())
+                .replace("@app/", m_install->resourcesDir())
+                .replace("@temp", qEnvironmentVariable("TMPDIR"));
+        };
+        qputenv("SC_TEST_SETTINGS", m_install->root().toLatin1() + "/env");
+        m_install->writeFile("blocker", "a file, not a folder");
+        writeKonf(resolve(userSettings).toLatin1());
+
+        QVERIFY(settings()->setGlobalIniName(cszNvWinIniName));
+        qunsetenv("SC_TEST_SETTINGS");
+        QCOMPARE(fromLatin1(settings()->getUserSettingsPath()), resolve(expected));
+        QVERIFY(QFileInfo(resolve(expected)).isDir());
+        QCOMPARE(fromLatin1(cApplicationInfo::theInstance()->getFilenameInUserDir("ORVKonf.user.ini")),
+                 fromLatin1(settings()->getUserGlobalIniPath()));
+
+        const QStringList fallbackReport{
+            resolve("Fehler|Der Konfigurationspfad <@root/blocker/sub/> konnte nicht gefunden werden.\n"
+                    "Die eigenen Einstellungen werden gespeichert im Verzeichnis <@temp/>.")};
+        QCOMPARE(m_install->boxes.boxes, expected == "@temp/" ? fallbackReport : QStringList());
+
+        // The home data folder is made too (again when it has gone); its symbol
+        // keeps the configured text.
+        QVERIFY(QDir(m_install->root() + "/Daten").removeRecursively());
+        QCOMPARE(fromLatin1(cApplicationInfo::theInstance()->getHomeDataPath()), m_install->root() + "/Daten/");
+        QVERIFY(QFileInfo(m_install->root() + "/Daten").isDir());
+        QCOMPARE(fromLatin1(DMFileName::getGlobalFileEnvironment().getSymbol("HomeDataDir")),
+                 m_install->root() + "/Daten");
+    }
+
+    void defaultSettingsAreAppliedOnce()
+    {
+        writeKonf(userDir().toLatin1(), "SetDefaultSettings=1\n");
+        m_install->writeResource("default.ini", "[Start]\nGlobalOnly=fromDefault\nFoo=bar\n");
+        QVERIFY(settings()->setGlobalIniName(cszNvWinIniName));
+
+        settings()->setModus("normal");
+        QVERIFY(!settings()->defaultSettingsEnabled());
+        QCOMPARE(get("Foo"), "bar");
+        QCOMPARE(get("GlobalOnly"), "fromDefault");
+        QVERIFY(m_install->readFile(userDir() + "ORVKonf.user.ini").contains("setdefaultsettings=0\r\n"));
+
+        // Later mode switches do not apply them again.
+        settings()->WriteString("Start", "Foo", "mine");
+        settings()->setModus("vorweg");
+        QCOMPARE(get("Foo"), "x");
+        settings()->setModus("normal");
+        QCOMPARE(get("Foo"), "mine");
+    }
+
+    void removeUserModusIniFilesDeletesUserCopies()
+    {
+        QVERIFY(settings()->setGlobalIniName(cszNvWinIniName));
+        settings()->setModus("vorweg");
+        settings()->WriteString("Start", "Shared", "userVorweg");
+        settings()->setModus("normal");
+        settings()->WriteString("Start", "Shared", "userNormal");
+        settings()->WriteString("Start", "GlobalOnly", "userGlobal");
+        QCOMPARE(QDir(userDir()).entryList(QDir::Files).size(), 3);
+
+        QVERIFY(settings()->removeUserModusIniFiles());
+        QCOMPARE(QDir(userDir()).entryList(QDir::Files), QStringList());
+        QCOMPARE(get("Shared"), "fromNormal");
+        QCOMPARE(get("GlobalOnly"), "global");
+    }
 
 private:
-    void writeKonf(const QByteArray& userSettings, const QByteArray& extraSettings = {});
+    void writeKonf(const QByteArray& userSettings, const QByteArray& extraSettings = {})
+    {
+        m_install->writeResource("ORVKonf.ini",
+                                 "[Settings]\nUserSettings=" + userSettings + "\nHomeDataDir="
+                                     + m_install->root().toLatin1() + "/Daten\n" + extraSettings
+                                     + "[Modus]\nnormal=normal.ini\nvorweg=vorweg.ini\n"
+                                       "[Modes]\nValidModes=normal,vorweg\n"
+                                       "[Start]\nGlobalOnly=global\nShared=fromGlobal\nEmptyInMode=fromGlobal\n"
+                                       "Letters=abc\n");
+    }
+
     QString userDir() const { return m_install->root() + QStringLiteral("/user/"); }
     cNvWinIni* settings() const { return cNvWinIni::theInstance(); }
     std::string get(const char* key) { return settings()->GetString("Start", key, "x"); }
 
-    std::unique_ptr<TempInstallation> m_install;
-    std::unique_ptr<MessageBoxRecorder> m_boxes;
+    std::unique_ptr<SettingsSandbox> m_install;
 };
-
-void TestNvWinIni::init()
-{
-    m_install = std::make_unique<TempInstallation>();
-    m_boxes = std::make_unique<MessageBoxRecorder>();
-    resetSettingsSingletons();
-    writeKonf(userDir().toLatin1());
-    m_install->writeResource("normal.ini", "[Start]\nShared=fromNormal\nModeOnly=normal\nEmptyInMode=\n");
-    m_install->writeResource("vorweg.ini", "[Start]\nShared=fromVorweg\n");
-}
-
-void TestNvWinIni::cleanup()
-{
-    resetSettingsSingletons();
-    m_boxes.reset();
-    m_install.reset();
-}
-
-void TestNvWinIni::writeKonf(const QByteArray& userSettings, const QByteArray& extraSettings)
-{
-    m_install->writeResource("ORVKonf.ini",
-                             "[Settings]\nUserSettings=" + userSettings + "\nHomeDataDir="
-                                 + m_install->root().toLatin1() + "/Daten\n" + extraSettings
-                                 + "[Modus]\nnormal=normal.ini\nvorweg=vorweg.ini\n"
-                                   "[Modes]\nValidModes=normal,vorweg\n"
-                                   "[Start]\nGlobalOnly=global\nShared=fromGlobal\nEmptyInMode=fromGlobal\n"
-                                   "Letters=abc\n");
-}
-
-void TestNvWinIni::layeredReadTreatsEmptyAsMissing()
-{
-    m_install->writeFile("user/ORVKonf.user.ini", "[Start]\nGlobalOnly=fromUserGlobal\n");
-    m_install->writeFile("user/normal.user.ini", "[Start]\nShared=\nModeOnly=fromUserModus\n");
-    QVERIFY(!settings()->setGlobalIniName("Fehlt.ini"));
-    QVERIFY(settings()->setGlobalIniName(cszNvWinIniName));
-    settings()->enableCache(false);
-
-    // Before a mode is chosen only the two global files count.
-    QCOMPARE(get("Shared"), "fromGlobal");
-    QCOMPARE(get("ModeOnly"), "x");
-
-    QCOMPARE(settings()->setModus("normal"), "");
-    QCOMPARE(get("Shared"), "fromNormal");
-    QCOMPARE(get("ModeOnly"), "fromUserModus");
-    QCOMPARE(settings()->GetString("start", "GLOBALONLY", "x"), "fromUserGlobal");
-    QCOMPARE(get("EmptyInMode"), "fromGlobal");
-    QCOMPARE(settings()->GetString("Start", "Missing", nullptr), "");
-    QCOMPARE(settings()->GetInt("Start", "Letters", 7), 0);
-}
-
-void TestNvWinIni::writeLandsInUserCopyOfDefiningFile()
-{
-    QVERIFY(settings()->setGlobalIniName(cszNvWinIniName));
-    settings()->setModus("normal");
-
-    // Defined only by the main configuration file: its user copy, seen in
-    // every mode. Defined by the mode file, even empty: the mode's user copy.
-    // Defined nowhere: the current mode's user copy.
-    QVERIFY(settings()->WriteString("Start", "GlobalOnly", "mine"));
-    QVERIFY(settings()->WriteInt("Start", "EmptyInMode", 42));
-    QVERIFY(settings()->WriteString("Start", "Unknown", "normalValue"));
-    QVERIFY(settings()->IsInUserGlobalIni("Start", "GlobalOnly"));
-    QVERIFY(m_install->readFile(userDir() + "ORVKonf.user.ini").contains("globalonly=mine\r\n"));
-    QVERIFY(m_install->readFile(userDir() + "normal.user.ini").contains("unknown=normalValue\r\n"));
-
-    QCOMPARE(settings()->setModus("vorweg"), "normal");
-    QCOMPARE(settings()->getUserModusIniPath(), (userDir() + "vorweg.user.ini").toStdString());
-    QCOMPARE(get("GlobalOnly"), "mine");
-    QCOMPARE(get("EmptyInMode"), "fromGlobal");
-    QCOMPARE(get("Unknown"), "x");
-
-    // An unknown mode throws and leaves the current mode in place.
-    try {
-        settings()->setModus("bogus");
-        QFAIL("no exception for an unknown mode");
-    } catch (const xNvFatalExc& error) {
-        QCOMPARE(QByteArray(error.what()), "Programmmodus <bogus> unbekannt.");
-    }
-    QCOMPARE(settings()->getModus(), "vorweg");
-
-    settings()->setModus("normal");
-    QCOMPARE(settings()->GetInt("Start", "EmptyInMode", 0), 42);
-    QCOMPARE(get("Unknown"), "normalValue");
-}
-
-void TestNvWinIni::cacheKeepsFirstResultUntilCleared()
-{
-    QVERIFY(settings()->setGlobalIniName(cszNvWinIniName));
-    settings()->setModus("normal");
-
-    // The first call's default is cached for a missing key, GetInt shares the
-    // entry, and the key is spelled as the caller spells it.
-    QCOMPARE(settings()->GetString("Start", "Missing", "first"), "first");
-    QCOMPARE(settings()->GetString("Start", "Missing", "second"), "first");
-    QCOMPARE(settings()->GetInt("Start", "Missing", 5), 0);
-    QCOMPARE(settings()->GetString("START", "Missing", "other"), "other");
-
-    // A change on disk stays unseen while cached, also across setModus with
-    // the current mode, and is seen once the cache is cleared.
-    QCOMPARE(get("ModeOnly"), "normal");
-    m_install->writeResource("normal.ini", "[Start]\nModeOnly=changed\n");
-    QVERIFY(moveModificationTimeForward(m_install->resourcesDir() + "normal.ini"));
-    settings()->setModus("normal");
-    QCOMPARE(get("ModeOnly"), "normal");
-    settings()->clearCache();
-    QCOMPARE(get("ModeOnly"), "changed");
-
-    settings()->WriteString("Start", "Missing", "written");
-    QCOMPARE(get("Missing"), "written");
-}
-
-void TestNvWinIni::configuredFolders_data()
-{
-    QTest::addColumn<QByteArray>("userSettings");
-    QTest::addColumn<QString>("expected");   // "@root", "@app" and "@temp" stand for those folders
-
-    QTest::newRow("variable") << QByteArray("%SC_TEST_SETTINGS%/c") << QStringLiteral("@root/env/c/");
-    QTest::newRow("unset variable") << QByteArray("/x/%SC_TEST_UNSET%/y") << QStringLiteral("@app/");
-    QTest::newRow("empty") << QByteArray() << QStringLiteral("@app/");
-    QTest::newRow("relative") << QByteArray("Eigene/Daten") << QStringLiteral("@app/Eigene/Daten/");
-    QTest::newRow("uncreatable") << QByteArray("@root/blocker/sub") << QStringLiteral("@temp/");
-}
-
-void TestNvWinIni::configuredFolders()
-{
-    QFETCH(QByteArray, userSettings);
-    QFETCH(QString, expected);
-    const auto resolve = [this](QString text) {
-        return text.replace("@root", m_install->root())
-            .replace("@app/", m_install->resourcesDir())
-            .replace("@temp", qEnvironmentVariable("TMPDIR"));
-    };
-    qputenv("SC_TEST_SETTINGS", m_install->root().toLatin1() + "/env");
-    m_install->writeFile("blocker", "a file, not a folder");
-    writeKonf(resolve(userSettings).toLatin1());
-
-    QVERIFY(settings()->setGlobalIniName(cszNvWinIniName));
-    qunsetenv("SC_TEST_SETTINGS");
-    QCOMPARE(fromLatin1(settings()->getUserSettingsPath()), resolve(expected));
-    QVERIFY(QFileInfo(resolve(expected)).isDir());
-    QCOMPARE(fromLatin1(cApplicationInfo::theInstance()->getFilenameInUserDir("ORVKonf.user.ini")),
-             fromLatin1(settings()->getUserGlobalIniPath()));
-
-    const QStringList fallbackReport{
-        resolve("Fehler|Der Konfigurationspfad <@root/blocker/sub/> konnte nicht gefunden werden.\n"
-                "Die eigenen Einstellungen werden gespeichert im Verzeichnis <@temp/>.")};
-    QCOMPARE(m_boxes->boxes, expected == "@temp/" ? fallbackReport : QStringList());
-
-    // The home data folder is made too (again when it has gone); its symbol
-    // keeps the configured text.
-    QVERIFY(QDir(m_install->root() + "/Daten").removeRecursively());
-    QCOMPARE(fromLatin1(cApplicationInfo::theInstance()->getHomeDataPath()), m_install->root() + "/Daten/");
-    QVERIFY(QFileInfo(m_install->root() + "/Daten").isDir());
-    QCOMPARE(fromLatin1(DMFileName::getGlobalFileEnvironment().getSymbol("HomeDataDir")),
-             m_install->root() + "/Daten");
-}
-
-void TestNvWinIni::defaultSettingsAreAppliedOnce()
-{
-    writeKonf(userDir().toLatin1(), "SetDefaultSettings=1\n");
-    m_install->writeResource("default.ini", "[Start]\nGlobalOnly=fromDefault\nFoo=bar\n");
-    QVERIFY(settings()->setGlobalIniName(cszNvWinIniName));
-
-    settings()->setModus("normal");
-    QVERIFY(!settings()->defaultSettingsEnabled());
-    QCOMPARE(get("Foo"), "bar");
-    QCOMPARE(get("GlobalOnly"), "fromDefault");
-    QVERIFY(m_install->readFile(userDir() + "ORVKonf.user.ini").contains("setdefaultsettings=0\r\n"));
-
-    // Later mode switches do not apply them again.
-    settings()->WriteString("Start", "Foo", "mine");
-    settings()->setModus("vorweg");
-    QCOMPARE(get("Foo"), "x");
-    settings()->setModus("normal");
-    QCOMPARE(get("Foo"), "mine");
-}
-
-void TestNvWinIni::removeUserModusIniFilesDeletesUserCopies()
-{
-    QVERIFY(settings()->setGlobalIniName(cszNvWinIniName));
-    settings()->setModus("vorweg");
-    settings()->WriteString("Start", "Shared", "userVorweg");
-    settings()->setModus("normal");
-    settings()->WriteString("Start", "Shared", "userNormal");
-    settings()->WriteString("Start", "GlobalOnly", "userGlobal");
-    QCOMPARE(QDir(userDir()).entryList(QDir::Files).size(), 3);
-
-    QVERIFY(settings()->removeUserModusIniFiles());
-    QCOMPARE(QDir(userDir()).entryList(QDir::Files), QStringList());
-    QCOMPARE(get("Shared"), "fromNormal");
-    QCOMPARE(get("GlobalOnly"), "global");
-}
 
 SC_TEST(TestNvWinIni)
 #include "tst_nvwinini.moc"
