@@ -97,14 +97,6 @@ private slots:
         QCOMPARE(manager->getPixmap("both"), manager->getPixmap("both"));
     }
 
-    void withoutContainerOnlyLooseFilesCount()
-    {
-        install(false);
-        PixmapManager* manager = PixmapManager::theInstance();
-        QCOMPARE(colorOf(manager->getPixmap("Loose")), QColor(Qt::red).rgb());
-        QVERIFY(manager->getPixmap("packed")->isNull());
-    }
-
     void strategiesAreAskedInOrder()
     {
         install(true);
@@ -123,10 +115,14 @@ private slots:
         QCOMPARE(manager->getPixmapFromCache("both"), replacement);
     }
 
-    void readsTheInformationFile()
+    // Without a container only loose files count.
+    void withoutContainerReadsLooseFilesAndInformation()
     {
         install(false);
         PixmapManager* manager = PixmapManager::theInstance();
+        QCOMPARE(colorOf(manager->getPixmap("Loose")), QColor(Qt::red).rgb());
+        QVERIFY(manager->getPixmap("packed")->isNull());
+
         QCOMPARE(manager->resolvePixName("Start", "default"), std::string("start_logo"));
         QCOMPARE(manager->resolvePixName("Empty", "default"), std::string("default"));
         QCOMPARE(manager->getInfoInt("Start", "width", 5), 12);
