@@ -201,21 +201,14 @@ private Q_SLOTS:
         primary.send("kill-others");
         QCOMPARE(killed.exitCode(), 1);
         QCOMPARE(primary.take(QStringLiteral("exited ")), QStringLiteral("exited ") + killed.pidText());
-    }
 
-    void policyTravelsThroughRegister()
-    {
-        const QString key = freshKey();
-        Probe primary(key);
-        QCOMPARE(primary.role(), QStringLiteral("primary"));
+        // The policy travels through the register to the running secondary,
+        // and a later start adopts it and ends itself at once.
         Probe second(key);
         QCOMPARE(second.role(), QStringLiteral("secondary"));
-
         primary.send("autokill");
         QCOMPARE(primary.take(QStringLiteral("policy")), QStringLiteral("policy 1"));
         QCOMPARE(second.take(QStringLiteral("policy")), QStringLiteral("policy 1"));
-
-        // A later start adopts the policy and ends itself at once.
         Probe third(key);
         QCOMPARE(third.exitCode(), 1);
         QCOMPARE(primary.take(QStringLiteral("exited ")), QStringLiteral("exited ") + third.pidText());
@@ -399,9 +392,6 @@ private Q_SLOTS:
         KDSingleApplicationGuard turnedAway;
         QVERIFY(!turnedAway.isOperational());
         QVERIFY(!turnedAway.isPrimaryInstance());
-        QTest::ignoreMessage(QtWarningMsg, "KDSingleApplicationGuard::killOtherInstances: need to be operational to "
-                                           "kill other instances");
-        turnedAway.killOtherInstances();
         QTest::ignoreMessage(QtWarningMsg, "KDSingleApplicationGuard::instances: need to be operational to report on "
                                            "other instances");
         QVERIFY(turnedAway.instances().isEmpty());
@@ -418,9 +408,6 @@ private Q_SLOTS:
         QCOMPARE(view->processInfo[7].command, quint32(CmdNew));
         QTest::ignoreMessage(QtWarningMsg, "KDSingleApplicationGuard::setPolicy: need to be primary to change the policy");
         secondary.setPolicy(KDSingleApplicationGuard::AutoKillOtherInstances);
-        QTest::ignoreMessage(QtWarningMsg, "KDSingleApplicationGuard::shutdownOtherInstances: need to be primary to "
-                                           "shut other instances down");
-        secondary.shutdownOtherInstances();
 
         for (int i = 1; i < InstanceRegister::SlotCount; ++i)
             view->processInfo[i].reset();

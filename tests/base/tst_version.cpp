@@ -75,8 +75,6 @@ private slots:
         QCOMPARE(info.getStringFileInfo("Version"), std::string("2012.1.345.6"));
         QCOMPARE(info.getProductBuild(), std::string("Build-345"));
         QCOMPARE(info.getProductVersion(), std::string("Build-345"));
-        QCOMPARE(info.getStringFileInfo("FileDescription"), std::string());
-        QCOMPARE(info.getCopyright(), std::string());
 
         int a = -1, b = -1, c = -1, d = -1;
         QVERIFY(info.getFileVersion(a, b, c, d));

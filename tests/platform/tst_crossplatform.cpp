@@ -119,16 +119,6 @@ private slots:
         QCOMPARE(CrossPlatformApi::getDriveType(installation.root().toStdString() + "/missing"), 0);
     }
 
-    void executablePathCanBeOverridden()
-    {
-        const std::string real = CrossPlatformApi::executablePath();
-        QVERIFY(QByteArray::fromStdString(real).endsWith("/tst_platform"));
-        CrossPlatformApi::overrideExecutablePath("/opt/X.app/Contents/MacOS/X");
-        QCOMPARE(CrossPlatformApi::executablePath(), std::string("/opt/X.app/Contents/MacOS/X"));
-        CrossPlatformApi::overrideExecutablePath(std::string());
-        QCOMPARE(CrossPlatformApi::executablePath(), real);
-    }
-
     void messageBoxesGoThroughTheHandler()
     {
         std::vector<MessageBoxRequest> shown;
