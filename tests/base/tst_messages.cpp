@@ -48,10 +48,8 @@ private slots:
         QCOMPARE(filled("%s %0", {"x", "y"}), std::string("y x"));
         QCOMPARE(filled("[%s]", {"a%0b", "c"}), std::string("[acb]"));
         QCOMPARE(filled("ohne", {"x"}), std::string("ohne"));
-    }
 
-    void textIsFrozenByFirstRead()
-    {
+        // The first read freezes the text.
         cRef<cUserMessage> message(new cStringMessage("%s-%s"));
         *message << "a";
         QCOMPARE(message->GetMessage(), std::string("a-%s"));

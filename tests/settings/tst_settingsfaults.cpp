@@ -24,10 +24,10 @@ namespace {
 constexpr int ChildCannotRun = 77;
 
 // Runs check in a forked copy of this process and returns what it reported
-// as failed; the child's exit code goes to exitCode. With unprivileged set
-// and run by the administrator, the child first becomes the user "nobody",
-// so that file permissions bind it.
-QStringList runInChild(const std::function<QStringList()>& check, bool unprivileged, int& exitCode)
+// as failed; the child's exit code goes to exitCode. Run by the
+// administrator, the child first becomes the user "nobody", so that file
+// permissions bind it.
+QStringList runInChild(const std::function<QStringList()>& check, int& exitCode)
 {
     int ends[2];
     if (::pipe(ends) != 0)
@@ -35,7 +35,7 @@ QStringList runInChild(const std::function<QStringList()>& check, bool unprivile
     const pid_t child = ::fork();
     if (child == 0) {
         ::close(ends[0]);
-        if (unprivileged && ::geteuid() == 0) {
+        if (::geteuid() == 0) {
             const passwd* nobody = ::getpwnam("nobody");
             if (!nobody || ::setgroups(0, nullptr) != 0 || ::setgid(nobody->pw_gid) != 0
                 || ::setuid(nobody->pw_uid) != 0)
@@ -121,7 +121,7 @@ private slots:
                     failures << QStringLiteral("%1 boxes, the first: %2").arg(boxes.boxes.size()).arg(boxes.boxes.first());
                 return failures;
             },
-            true, exitCode);
+            exitCode);
         if (exitCode == ChildCannotRun)
             QSKIP("no user for whom the settings folder is readable but not writable");
         QVERIFY2(exitCode == 0, qPrintable(failures.join(QLatin1Char('\n'))));
