@@ -2,8 +2,35 @@
 
 #include "CrossPlatformApi.h"
 
+#include <QBuffer>
 #include <QFile>
+#include <QImageReader>
 #include <QPixmap>
+
+namespace {
+
+bool hasPngSuffix(const std::string& name)
+{
+    return name.size() >= 4 && QByteArray::fromStdString(name.substr(name.size() - 4)).toLower() == ".png";
+}
+
+// A picture named "*.png" is read as PNG straight away. Left to itself, Qt
+// asks every image plug-in whether it recognises the content before it tries
+// its own PNG reader, which loads all of them (and the libraries they need)
+// into the process at the first picture. Content that is no PNG after all is
+// read the usual way, so nothing loads differently.
+bool loadAsPng(QIODevice* device, QPixmap* pixmap)
+{
+    QImageReader reader(device, "png");
+    reader.setAutoDetectImageFormat(false);
+    QImage image = reader.read();
+    if (image.isNull())
+        return false;
+    *pixmap = QPixmap::fromImage(std::move(image));
+    return !pixmap->isNull();
+}
+
+} // namespace
 
 QPixmap* PixmapLoaderStrategy::createPixmap(const std::string& name)
 {
@@ -19,7 +46,14 @@ PixmapLoaderFile::PixmapLoaderFile(std::string folder)
 bool PixmapLoaderFile::loadPixmap(const std::string& name, QPixmap* pixmap)
 {
     const QString path = CrossPlatformApi::toQString(m_folder + name);
-    return QFile::exists(path) && pixmap->load(path);
+    if (!QFile::exists(path))
+        return false;
+    if (hasPngSuffix(name)) {
+        QFile file(path);
+        if (file.open(QIODevice::ReadOnly) && loadAsPng(&file, pixmap))
+            return true;
+    }
+    return pixmap->load(path);
 }
 
 PixmapLoaderCNT::PixmapLoaderCNT(std::string containerPath)
@@ -31,8 +65,15 @@ PixmapLoaderCNT::PixmapLoaderCNT(std::string containerPath)
 bool PixmapLoaderCNT::loadPixmap(const std::string& name, QPixmap* pixmap)
 {
     const cBuffer data = getBufferFromArchive(name);
-    return data.GetBuffer()
-        && pixmap->loadFromData(reinterpret_cast<const uchar*>(data.GetBuffer()),
+    if (!data.GetBuffer())
+        return false;
+    if (hasPngSuffix(name)) {
+        QByteArray bytes = QByteArray::fromRawData(data.GetBuffer(), qsizetype(data.GetBufferLength()));
+        QBuffer buffer(&bytes);
+        if (buffer.open(QIODevice::ReadOnly) && loadAsPng(&buffer, pixmap))
+            return true;
+    }
+    return pixmap->loadFromData(reinterpret_cast<const uchar*>(data.GetBuffer()),
                                 static_cast<uint>(data.GetBufferLength()));
 }
 
