@@ -4,8 +4,10 @@
 #include "SCColors.h"
 
 #include <QApplication>
+#include <QIconEngine>
 #include <QLinearGradient>
 #include <QPainter>
+#include <QPointer>
 #include <QScreen>
 #include <QStyleFactory>
 #include <QStyleOption>
@@ -143,6 +145,64 @@ void drawRoundedFrame(const QStyleOption* option, QPainter* painter)
                              cornerRadius);
     painter->restore();
 }
+
+// A standard icon of the base style, asked for when it is first drawn or
+// measured. Every tool bar builds its extension button with its icon at once,
+// though the button shows only when the bar is too short for its buttons;
+// reading that icon's pictures is what brings Qt's image plug-ins into the
+// process.
+class DeferredStandardIconEngine : public QIconEngine
+{
+public:
+    DeferredStandardIconEngine(const QStyle* style, QStyle::StandardPixmap which, const QStyleOption* option,
+                               const QWidget* widget)
+        : m_style(const_cast<QStyle*>(style))
+        , m_widget(const_cast<QWidget*>(widget))
+        , m_which(which)
+    {
+        if (option)
+            m_option = *option;
+    }
+
+    void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State state) override
+    {
+        icon().paint(painter, rect, Qt::AlignCenter, mode, state);
+    }
+    QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override
+    {
+        return icon().pixmap(size, mode, state);
+    }
+    QPixmap scaledPixmap(const QSize& size, QIcon::Mode mode, QIcon::State state, qreal scale) override
+    {
+        return icon().pixmap(size, scale, mode, state);
+    }
+    QSize actualSize(const QSize& size, QIcon::Mode mode, QIcon::State state) override
+    {
+        return icon().actualSize(size, mode, state);
+    }
+    QList<QSize> availableSizes(QIcon::Mode mode, QIcon::State state) override
+    {
+        return icon().availableSizes(mode, state);
+    }
+    QIconEngine* clone() const override { return new DeferredStandardIconEngine(*this); }
+    bool isNull() override { return false; }
+
+private:
+    const QIcon& icon()
+    {
+        if (!m_icon) {
+            const QStyle* style = m_style ? m_style.data() : QApplication::style();
+            m_icon = style->standardIcon(m_which, m_option ? &*m_option : nullptr, m_widget.data());
+        }
+        return *m_icon;
+    }
+
+    QPointer<QStyle> m_style;
+    QPointer<QWidget> m_widget;
+    QStyle::StandardPixmap m_which;
+    std::optional<QStyleOption> m_option;   // the plain part, all an icon request looks at
+    std::optional<QIcon> m_icon;
+};
 
 } // namespace
 
@@ -348,4 +408,14 @@ QPalette SCAppStyle::standardPalette() const
 
     m_palette = palette;
     return palette;
+}
+
+QIcon SCAppStyle::standardIcon(StandardPixmap which, const QStyleOption* option, const QWidget* widget) const
+{
+    const bool extensionArrow =
+        which == SP_ToolBarHorizontalExtensionButton || which == SP_ToolBarVerticalExtensionButton;
+    if (!extensionArrow)
+        return QProxyStyle::standardIcon(which, option, widget);
+    // The base style answers later, directly, so the answer is not deferred again.
+    return QIcon(new DeferredStandardIconEngine(baseStyle(), which, option, widget));
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QIcon>
 #include <QPalette>
 #include <QProxyStyle>
 #include <QSize>
@@ -69,6 +70,9 @@ public:
     // colours, once per style object: Qt asks again whenever it recomputes
     // the application palette, and every faulty colour is to be reported once.
     QPalette standardPalette() const override;
+    // The tool bar's extension arrows are read when they are first drawn.
+    QIcon standardIcon(StandardPixmap standardIcon, const QStyleOption* option = nullptr,
+                       const QWidget* widget = nullptr) const override;
 
 protected:
     // Wraps the factory style of that name (or "Fusion" if it is missing).
