@@ -1,6 +1,7 @@
 #include "SCAppStyle.h"
 
 #include "ColorManager.h"
+#include "NvWinIni.h"
 #include "SCColors.h"
 
 #include <QApplication>
@@ -225,11 +226,17 @@ QStyle* SCAppStyle::createStyle(const QString& baseStyleName)
     return new SCAppStyleTemplate<BaseStyle::QMacStyle>;
 }
 
-void SCAppStyle::installApplicationLook(const QString& baseStyleName)
+void SCAppStyle::installApplicationLook()
 {
-    QStyle* style = createStyle(baseStyleName);
+    QStyle* style = createStyle(
+        QString::fromLatin1(cNvWinIni::theInstance()->GetString("Style", "BaseStyle", "").c_str()));
     QApplication::setStyle(style);
     QApplication::setPalette(style->standardPalette());
+
+    QFont font = QApplication::font();
+    font.setFamily(QStringLiteral("Arial"));
+    font.setPointSize(9);
+    QApplication::setFont(font);
 }
 
 bool SCAppStyle::isLargeScreen(const QSize& screenSize)

@@ -45,10 +45,11 @@ public:
     // other name, also an empty one, gives the Mac style). The caller owns it.
     static QStyle* createStyle(const QString& baseStyleName);
 
-    // Installs the style for the setting and the style's palette in the
-    // application. Building the palette opens the colour file, so a faulty
-    // one is reported here.
-    static void installApplicationLook(const QString& baseStyleName);
+    // Installs in the application the style for the "[Style] BaseStyle"
+    // setting, the style's palette and the launcher's font (Arial, 9 points).
+    // Building the palette opens the colour file, so a faulty one is reported
+    // here.
+    static void installApplicationLook();
 
     // Large: at least 1024 x 768 pixels.
     static bool isLargeScreen(const QSize& screenSize);

@@ -1,7 +1,10 @@
 #include "SharedHelpers.h"
 
+#include "ApplicationInfo.h"
 #include "BundleInfo.h"
 #include "CrossPlatformApi.h"
+#include "FolderManager.h"
+#include "NvWinIni.h"
 
 #include <QApplication>
 #include <QDir>
@@ -57,6 +60,15 @@ void hideApplication(bool hide)
         window->activateWindow();
     }
     hidden.clear();
+}
+
+bool openInstallationSettings()
+{
+    const std::string globalIni = cApplicationInfo::theInstance()->getFilenameInAppDir(cszNvWinIniName);
+    FolderManager::theInstance()->parseSection(globalIni, "DirectorySymbols");
+    FolderManager::theInstance()->parseSection(globalIni, "DirectoryDefs");
+    cNvWinIni::theInstance()->enableCache(false);
+    return cNvWinIni::theInstance()->setGlobalIniName(cszNvWinIniName);
 }
 
 QStringList collectBundleIds(bool includeMain)

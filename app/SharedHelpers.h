@@ -10,6 +10,13 @@ namespace SharedHelpers {
 bool SetOrganizationDomainAndApplicationName(const char* name);
 }
 
+// Opens the settings of the installation in the application folder as
+// start-up does: the folder symbols of the main configuration file first,
+// then the layered settings on that file, uncached, so that every read sees
+// what another program of the suite wrote. False when the main configuration
+// file is missing.
+bool openInstallationSettings();
+
 // Hides every visible top-level window of the application (true), or shows
 // the windows hidden that way again, raised and activated (false).
 void hideApplication(bool hide);

@@ -99,12 +99,7 @@ int main(int argc, char** argv)
         refuseStart(QStringLiteral("Das Programm kann nicht direkt aus einem Netzwerkpfad (UNC-Pfad) gestartet werden."));
     appDir.setCWD();
 
-    FilePath globalIni(cApplicationInfo::theInstance()->getFilenameInAppDir(cszNvWinIniName));
-    FolderManager::theInstance()->parseSection(globalIni.asString(), "DirectorySymbols");
-    FolderManager::theInstance()->parseSection(globalIni.asString(), "DirectoryDefs");
-
-    cNvWinIni::theInstance()->enableCache(false);
-    if (!cNvWinIni::theInstance()->setGlobalIniName(cszNvWinIniName))
+    if (!openInstallationSettings())
         refuseStart(QStringLiteral("Konfiguration nicht gefunden.\nDas Programm kann nicht gestartet werden."));
 
     exportLibrarySearchPath(contents);
@@ -119,13 +114,7 @@ int main(int argc, char** argv)
     if (guard.isOperational() && !guard.isPrimaryInstance())
         return 0;
 
-    SCAppStyle::installApplicationLook(
-        QString::fromLatin1(cNvWinIni::theInstance()->GetString("Style", "BaseStyle", "").c_str()));
-
-    QFont font = QApplication::font();
-    font.setFamily(QStringLiteral("Arial"));
-    font.setPointSize(9);
-    QApplication::setFont(font);
+    SCAppStyle::installApplicationLook();
 
     StartCenter mainWindow(nullptr, Qt::WindowFlags());
     mainWindow.raise();

@@ -9,11 +9,10 @@
 // SC_BENCH_REPORT_SHOWN. They run with a home folder of their own, seeded
 // with the sample case files, so no user settings are touched.
 
-#include "ApplicationInfo.h"
 #include "BenchUtil.h"
 #include "Configuration.h"
 #include "CrossPlatformApi.h"
-#include "FolderManager.h"
+#include "SharedHelpers.h"
 #include "NvWinIni.h"
 #include "PixmapManager.h"
 #include "SCAppStyle.h"
@@ -166,20 +165,11 @@ bool openInstallation(const QString& home)
         qputenv(name, value.toLocal8Bit());
     CrossPlatformApi::overrideExecutablePath(QStringLiteral(SC_LAUNCHER).toLatin1().toStdString());
 
-    const std::string globalIni = cApplicationInfo::theInstance()->getFilenameInAppDir(cszNvWinIniName);
-    FolderManager::theInstance()->parseSection(globalIni, "DirectorySymbols");
-    FolderManager::theInstance()->parseSection(globalIni, "DirectoryDefs");
-    cNvWinIni::theInstance()->enableCache(false);
-    if (!cNvWinIni::theInstance()->setGlobalIniName(cszNvWinIniName))
+    if (!openInstallationSettings())
         return false;
     PixmapManager::theInstance()->setInfoFile(
         cConfiguration::theInstance()->GetString("Application", "ImageInfoFile", "images.ini"));
-    SCAppStyle::installApplicationLook(
-        QString::fromLatin1(cNvWinIni::theInstance()->GetString("Style", "BaseStyle", "").c_str()));
-    QFont font = QApplication::font();
-    font.setFamily(QStringLiteral("Arial"));
-    font.setPointSize(9);
-    QApplication::setFont(font);
+    SCAppStyle::installApplicationLook();
     return true;
 }
 

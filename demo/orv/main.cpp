@@ -19,12 +19,11 @@
 //   ORV_DEMO_PERSON=text     the person of the saved case file
 //   ORV_DEMO_ARGS_LOG=file   append the arguments as one tab-separated line
 
-#include "ApplicationInfo.h"
 #include "CaseFiles.h"
 #include "Configuration.h"
 #include "CrossPlatformApi.h"
 #include "Exceptions.h"
-#include "FolderManager.h"
+#include "SharedHelpers.h"
 #include "IniFile.h"
 #include "NvWinIni.h"
 
@@ -109,11 +108,7 @@ bool openInstallation(const QString& mode)
     const QString launcher = QDir::cleanPath(resources + QStringLiteral("/../MacOS/Start-Center"));
     CrossPlatformApi::overrideExecutablePath(launcher.toLatin1().toStdString());
 
-    const std::string globalIni = cApplicationInfo::theInstance()->getFilenameInAppDir(cszNvWinIniName);
-    FolderManager::theInstance()->parseSection(globalIni, "DirectorySymbols");
-    FolderManager::theInstance()->parseSection(globalIni, "DirectoryDefs");
-    cNvWinIni::theInstance()->enableCache(false);
-    if (!cNvWinIni::theInstance()->setGlobalIniName(cszNvWinIniName))
+    if (!openInstallationSettings())
         return false;
     try {
         cNvWinIni::theInstance()->setModus(mode.toLatin1().toStdString());

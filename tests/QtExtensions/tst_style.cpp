@@ -165,7 +165,8 @@ private slots:
                                       "DefaultBkg=10,20,30\r\n"
                                       "MenuAndButtonHighlight=1,2,3\r\n"
                                       "DisabledText=7,7,7\r\n"
-                                      "Link=4,5,6\r\n");
+                                      "Link=4,5,6\r\n",
+                                      "[Settings]\r\n[Style]\r\nBaseStyle=QPlastiqueStyle\r\n");
         QVERIFY(install.isValid());
         const std::unique_ptr<QStyle> style(SCAppStyle::createStyle(QStringLiteral("MacStyle")));
         const QPalette palette = style->standardPalette();
@@ -186,12 +187,15 @@ private slots:
 
         const QString previousStyle = QApplication::style()->name();
         const QPalette previousPalette = QApplication::palette();
-        SCAppStyle::installApplicationLook(QStringLiteral("QPlastiqueStyle"));
+        const QFont previousFont = QApplication::font();
+        SCAppStyle::installApplicationLook();
         QCOMPARE(templateOf(QApplication::style()), QStringLiteral("QPlastiqueStyle"));
         QCOMPARE(QApplication::palette().color(QPalette::Highlight), QColor(1, 2, 3));
+        QCOMPARE(QApplication::font().pointSize(), 9);
         QCOMPARE(install.messages.size(), 2 * reported);   // a new style reports anew, once
         QApplication::setStyle(previousStyle);
         QApplication::setPalette(previousPalette);
+        QApplication::setFont(previousFont);
     }
 
     void drawsWidgets()

@@ -6,6 +6,7 @@
 #include "OnlineUpdate.h"
 #include "PixmapManager.h"
 #include "SelectionButton.h"
+#include "SharedHelpers.h"
 #include "StartCenter.h"
 
 #include <QDir>
@@ -215,11 +216,7 @@ private:
         OnlineUpdate::resetInstance();
         PixmapManager::resetInstance();
         resetSettingsSingletons();
-        const std::string globalIni = cApplicationInfo::theInstance()->getFilenameInAppDir(cszNvWinIniName);
-        FolderManager::theInstance()->parseSection(globalIni, "DirectorySymbols");
-        FolderManager::theInstance()->parseSection(globalIni, "DirectoryDefs");
-        cNvWinIni::theInstance()->enableCache(false);
-        if (!cNvWinIni::theInstance()->setGlobalIniName(cszNvWinIniName))
+        if (!openInstallationSettings())
             return false;
         cNvWinIni::theInstance()->setModus("normal");
         return true;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "../settings/SettingsFixture.h"
+#include "SharedHelpers.h"
 #include "TempInstallation.h"
 
 #include <QByteArray>
@@ -12,11 +13,7 @@
 inline bool openInstalledSettings()
 {
     resetSettingsSingletons();
-    const std::string globalIni = cApplicationInfo::theInstance()->getFilenameInAppDir(cszNvWinIniName);
-    FolderManager::theInstance()->parseSection(globalIni, "DirectorySymbols");
-    FolderManager::theInstance()->parseSection(globalIni, "DirectoryDefs");
-    cNvWinIni::theInstance()->enableCache(false);
-    if (!cNvWinIni::theInstance()->setGlobalIniName(cszNvWinIniName))
+    if (!openInstallationSettings())
         return false;
     cNvWinIni::theInstance()->setModus("normal");
     return true;

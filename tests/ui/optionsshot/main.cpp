@@ -7,7 +7,7 @@
 // installation, home and settings are throw-away copies, so nothing of the
 // real user's files is read or written.
 
-#include "FolderManager.h"
+#include "SharedHelpers.h"
 #include "NvWinIni.h"
 #include "OptionsDialog.h"
 #include "SCAppStyle.h"
@@ -41,21 +41,13 @@ int main(int argc, char** argv)
     if (translator.load(QStringLiteral("qt_de"), QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
         QCoreApplication::installTranslator(&translator);
 
-    const std::string globalIni = install.resourcesDir().toLatin1().toStdString() + cszNvWinIniName;
-    FolderManager::theInstance()->parseSection(globalIni, "DirectorySymbols");
-    FolderManager::theInstance()->parseSection(globalIni, "DirectoryDefs");
-    if (!cNvWinIni::theInstance()->setGlobalIniName(cszNvWinIniName)) {
+    if (!openInstallationSettings()) {
         std::fprintf(stderr, "optionsshot: no configuration\n");
         return 1;
     }
     cNvWinIni::theInstance()->setModus(cszDefaultModus);
 
-    SCAppStyle::installApplicationLook(
-        QString::fromLatin1(cNvWinIni::theInstance()->GetString("Style", "BaseStyle", "").c_str()));
-    QFont font = QApplication::font();
-    font.setFamily(QStringLiteral("Arial"));
-    font.setPointSize(9);
-    QApplication::setFont(font);
+    SCAppStyle::installApplicationLook();
 
     OptionsDialog dialog(nullptr, {});
     dialog.show();

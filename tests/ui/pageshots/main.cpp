@@ -10,7 +10,7 @@
 // settings are throw-away copies.
 
 #include "Configuration.h"
-#include "FolderManager.h"
+#include "SharedHelpers.h"
 #include "ModePages.h"
 #include "NvWinIni.h"
 #include "SCAppStyle.h"
@@ -85,11 +85,7 @@ int main(int argc, char** argv)
         return 1;
     }
 
-    const std::string globalIni = install.resourcesDir().toLatin1().toStdString() + cszNvWinIniName;
-    FolderManager::theInstance()->parseSection(globalIni, "DirectorySymbols");
-    FolderManager::theInstance()->parseSection(globalIni, "DirectoryDefs");
-    cNvWinIni::theInstance()->enableCache(false);
-    if (!cNvWinIni::theInstance()->setGlobalIniName(cszNvWinIniName)) {
+    if (!openInstallationSettings()) {
         std::fprintf(stderr, "pageshots: no configuration\n");
         return 1;
     }
@@ -100,12 +96,7 @@ int main(int argc, char** argv)
         return 1;
     }
 
-    SCAppStyle::installApplicationLook(
-        QString::fromLatin1(cNvWinIni::theInstance()->GetString("Style", "BaseStyle", "").c_str()));
-    QFont font = QApplication::font();
-    font.setFamily(QStringLiteral("Arial"));
-    font.setPointSize(9);
-    QApplication::setFont(font);
+    SCAppStyle::installApplicationLook();
 
     // The page on a stand-in for the main window's page stack.
     QFrame stack;
