@@ -27,12 +27,6 @@ const char* const cszHslError = "HSL-Convertion Error";
 // A longer chain of references is taken for a cycle.
 constexpr int maxNestingDepth = 16;
 
-std::unique_ptr<ColorManager>& instanceSlot()
-{
-    static std::unique_ptr<ColorManager> instance;
-    return instance;
-}
-
 // Sums of user-supplied numbers may leave the int range; they saturate
 // instead of overflowing. Every result is clipped to a colour range later.
 int saturate(long long value)
@@ -82,15 +76,12 @@ ColorManager::~ColorManager() = default;
 
 ColorManager* ColorManager::theInstance()
 {
-    std::unique_ptr<ColorManager>& instance = instanceSlot();
-    if (!instance)
-        instance.reset(new ColorManager);
-    return instance.get();
+    return SingletonSlot<ColorManager>::instance();
 }
 
 void ColorManager::resetInstance()
 {
-    instanceSlot().reset();
+    SingletonSlot<ColorManager>::reset();
     m_showErrors = false;
 }
 

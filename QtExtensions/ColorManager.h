@@ -1,5 +1,7 @@
 #pragma once
 
+#include "SingletonSlot.h"
+
 #include <map>
 #include <memory>
 #include <string>
@@ -74,6 +76,7 @@ public:
     static void showError(const char* format, const std::string& arg);
 
 private:
+    friend class SingletonSlot<ColorManager>;
     ColorManager();
     std::string readColorFile(const std::string& section, const std::string& key) const;
 

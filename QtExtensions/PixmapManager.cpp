@@ -6,27 +6,14 @@
 
 #include <QPixmap>
 
-namespace {
-
-std::unique_ptr<PixmapManager>& instanceSlot()
-{
-    static std::unique_ptr<PixmapManager> instance;
-    return instance;
-}
-
-}
-
 PixmapManager* PixmapManager::theInstance()
 {
-    auto& instance = instanceSlot();
-    if (!instance)
-        instance.reset(new PixmapManager);
-    return instance.get();
+    return SingletonSlot<PixmapManager>::instance();
 }
 
 void PixmapManager::resetInstance()
 {
-    instanceSlot().reset();
+    SingletonSlot<PixmapManager>::reset();
 }
 
 PixmapManager::PixmapManager()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "IniFile.h"
+#include "SingletonSlot.h"
 
 #include <map>
 #include <memory>
@@ -54,6 +55,7 @@ public:
     void addPixmapToCache(const std::string& name, QPixmap* pixmap);
 
 private:
+    friend class SingletonSlot<PixmapManager>;
     PixmapManager();
 
     std::string m_picturePath;

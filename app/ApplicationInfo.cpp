@@ -5,15 +5,6 @@
 #include "NvWinIni.h"
 
 #include <cstdlib>
-#include <memory>
-
-namespace {
-std::unique_ptr<cApplicationInfo>& instanceSlot()
-{
-    static std::unique_ptr<cApplicationInfo> instance;
-    return instance;
-}
-} // namespace
 
 std::string appFileName()
 {
@@ -22,15 +13,12 @@ std::string appFileName()
 
 cApplicationInfo* cApplicationInfo::theInstance()
 {
-    auto& slot = instanceSlot();
-    if (!slot)
-        slot.reset(new cApplicationInfo);
-    return slot.get();
+    return SingletonSlot<cApplicationInfo>::instance();
 }
 
 void cApplicationInfo::resetInstance()
 {
-    instanceSlot().reset();
+    SingletonSlot<cApplicationInfo>::reset();
 }
 
 cApplicationInfo::cApplicationInfo()

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "SingletonSlot.h"
+
 #include <string>
 
 // The full path of the running executable (Latin-1). Usable before any Qt
@@ -37,6 +39,7 @@ public:
     static std::string appDirOf(const std::string& executablePath);
 
 private:
+    friend class SingletonSlot<cApplicationInfo>;
     cApplicationInfo();
 
     std::string m_appPath;

@@ -16,12 +16,9 @@
 #include <QProcess>
 
 #include <cstdlib>
-#include <memory>
 #include <optional>
 
 namespace {
-
-std::unique_ptr<OnlineUpdate> s_instance;
 
 const char* const cszUpdateProgram = "Online Update.app/Contents/MacOS/Online Update";
 const char* const cszStatisticsFile = "<COMMONSETTINGS>/statistics.ini";
@@ -134,14 +131,12 @@ bool isInputEvent(QEvent::Type type)
 
 OnlineUpdate* OnlineUpdate::theInstance()
 {
-    if (!s_instance)
-        s_instance.reset(new OnlineUpdate);
-    return s_instance.get();
+    return SingletonSlot<OnlineUpdate>::instance();
 }
 
 void OnlineUpdate::resetInstance()
 {
-    s_instance.reset();
+    SingletonSlot<OnlineUpdate>::reset();
 }
 
 OnlineUpdate::OnlineUpdate()

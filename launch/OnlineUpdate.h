@@ -1,5 +1,7 @@
 #pragma once
 
+#include "SingletonSlot.h"
+
 #include <QObject>
 #include <QString>
 
@@ -97,6 +99,7 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    friend class SingletonSlot<OnlineUpdate>;
     OnlineUpdate();
 
     int runCheck(const QString& args);

@@ -3,15 +3,7 @@
 #include "NvWinIni.h"
 #include "StringFunctions.h"
 
-#include <memory>
-
 namespace {
-std::unique_ptr<cConfiguration>& instanceSlot()
-{
-    static std::unique_ptr<cConfiguration> instance;
-    return instance;
-}
-
 std::string upperCase(std::string text)
 {
     StringFunctions::toUpper(text);
@@ -28,15 +20,12 @@ cConfiguration::Observer::~Observer() = default;
 
 cConfiguration* cConfiguration::theInstance()
 {
-    auto& slot = instanceSlot();
-    if (!slot)
-        slot.reset(new cConfiguration);
-    return slot.get();
+    return SingletonSlot<cConfiguration>::instance();
 }
 
 void cConfiguration::resetInstance()
 {
-    instanceSlot().reset();
+    SingletonSlot<cConfiguration>::reset();
 }
 
 cConfiguration::cConfiguration() = default;

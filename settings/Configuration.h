@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Handle.h"
+#include "SingletonSlot.h"
 
 #include <map>
 #include <set>
@@ -47,6 +48,7 @@ public:
     void NotifyObservers(const std::string& section, const std::string& key);
 
 private:
+    friend class SingletonSlot<cConfiguration>;
     cConfiguration();
 
     template<class T>

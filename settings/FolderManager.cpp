@@ -6,15 +6,7 @@
 #include "FilePath.h"
 #include "IniFile.h"
 
-#include <memory>
-
 namespace {
-std::unique_ptr<FolderManager>& instanceSlot()
-{
-    static std::unique_ptr<FolderManager> instance;
-    return instance;
-}
-
 const char* const cszFolderErrorTitle = "Verzeichnis-Fehler";
 
 void reportFolderError(const std::string& text)
@@ -25,15 +17,12 @@ void reportFolderError(const std::string& text)
 
 FolderManager* FolderManager::theInstance()
 {
-    auto& slot = instanceSlot();
-    if (!slot)
-        slot.reset(new FolderManager);
-    return slot.get();
+    return SingletonSlot<FolderManager>::instance();
 }
 
 void FolderManager::resetInstance()
 {
-    instanceSlot().reset();
+    SingletonSlot<FolderManager>::reset();
 }
 
 FolderManager::FolderManager()

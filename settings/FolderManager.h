@@ -1,5 +1,7 @@
 #pragma once
 
+#include "SingletonSlot.h"
+
 #include <string>
 
 // Fills the process-wide table of folder symbols ("<NAME>" inside paths) with
@@ -30,5 +32,6 @@ public:
     bool ensureFolderExists(const std::string& symbolicPath);
 
 private:
+    friend class SingletonSlot<FolderManager>;
     FolderManager();
 };

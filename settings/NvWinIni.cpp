@@ -36,12 +36,6 @@ const char* const cszErrorTitle = "Fehler";
 // is taken as a cycle and left unresolved.
 const int maxEnvironmentExpansions = 64;
 
-std::unique_ptr<cNvWinIni>& instanceSlot()
-{
-    static std::unique_ptr<cNvWinIni> instance;
-    return instance;
-}
-
 std::string appDir()
 {
     return cApplicationInfo::theInstance()->getAppDir();
@@ -71,15 +65,12 @@ FilePath folderPath(std::string path)
 
 cNvWinIni* cNvWinIni::theInstance()
 {
-    auto& slot = instanceSlot();
-    if (!slot)
-        slot.reset(new cNvWinIni);
-    return slot.get();
+    return SingletonSlot<cNvWinIni>::instance();
 }
 
 void cNvWinIni::resetInstance()
 {
-    instanceSlot().reset();
+    SingletonSlot<cNvWinIni>::reset();
 }
 
 cNvWinIni::cNvWinIni() = default;

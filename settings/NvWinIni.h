@@ -1,6 +1,7 @@
 #pragma once
 
 #include "IniFile.h"
+#include "SingletonSlot.h"
 
 #include <map>
 #include <memory>
@@ -80,6 +81,7 @@ public:
     bool removeUserModusIniFiles();
 
 private:
+    friend class SingletonSlot<cNvWinIni>;
     cNvWinIni();
 
     void buildUserDir();

@@ -1,26 +1,13 @@
 #include "QuickView.h"
 
-#include <memory>
-
-namespace {
-std::unique_ptr<QuickView>& instanceSlot()
-{
-    static std::unique_ptr<QuickView> instance;
-    return instance;
-}
-} // namespace
-
 QuickView* QuickView::TheInstance()
 {
-    auto& slot = instanceSlot();
-    if (!slot)
-        slot.reset(new QuickView);
-    return slot.get();
+    return SingletonSlot<QuickView>::instance();
 }
 
 void QuickView::resetInstance()
 {
-    instanceSlot().reset();
+    SingletonSlot<QuickView>::reset();
 }
 
 QuickView::QuickView()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DMDataFileInfo.h"
+#include "SingletonSlot.h"
 
 #include <string>
 
@@ -24,6 +25,7 @@ public:
     std::string getItem(const std::string& key) const;
 
 private:
+    friend class SingletonSlot<QuickView>;
     QuickView();
 
     bool m_initialised = false;
