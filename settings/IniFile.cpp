@@ -9,10 +9,13 @@
 #include <atomic>
 #include <cerrno>
 #include <climits>
+#include <cstdio>
 #include <cstring>
 #include <sstream>
 
+#include <dirent.h>
 #include <fcntl.h>
+#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -87,6 +90,39 @@ std::string writeTarget(const std::string& nativePath)
     return ::realpath(nativePath.c_str(), resolved) ? std::string(resolved) : nativePath;
 }
 
+// The temporary file of a write: "<target>.<pid>.<n>.tmp".
+std::string temporaryPath(const std::string& target, pid_t pid, unsigned number)
+{
+    return target + '.' + std::to_string(pid) + '.' + std::to_string(number) + ".tmp";
+}
+
+// Removes the temporary files that writers killed before their rename left
+// beside the target. Only files of processes that no longer exist go, so a
+// write under way in another program of the suite is never disturbed.
+void removeStaleTemporaries(const std::string& target)
+{
+    const std::string::size_type slash = target.rfind('/');
+    const std::string folder = slash == std::string::npos ? std::string(".") : target.substr(0, slash + 1);
+    const std::string prefix = target.substr(slash == std::string::npos ? 0 : slash + 1) + '.';
+    DIR* directory = ::opendir(folder.c_str());
+    if (!directory)
+        return;
+    while (const dirent* entry = ::readdir(directory)) {
+        const std::string name = entry->d_name;
+        unsigned long pid = 0;
+        unsigned number = 0;
+        if (name.compare(0, prefix.size(), prefix) != 0
+            || std::sscanf(name.c_str() + prefix.size(), "%lu.%u", &pid, &number) != 2 || pid == 0
+            || pid > INT_MAX)
+            continue;
+        // Exactly the name a write of that process would have used.
+        const std::string path = slash == std::string::npos ? name : folder + name;
+        if (path == temporaryPath(target, pid_t(pid), number) && ::kill(pid_t(pid), 0) == -1 && errno == ESRCH)
+            ::unlink(path.c_str());
+    }
+    ::closedir(directory);
+}
+
 // Writes the content to a new file beside the target and renames it over the
 // target, so that a failed write (full disk, unwritable folder) leaves the old
 // file as it was instead of truncated. The target keeps its permissions.
@@ -102,7 +138,7 @@ bool replaceFileContent(const std::string& path, const std::string& content)
     std::string tempPath;
     int fd = -1;
     for (int attempt = 0; attempt < 100 && fd < 0; ++attempt) {
-        tempPath = target + '.' + std::to_string(::getpid()) + '.' + std::to_string(counter++) + ".tmp";
+        tempPath = temporaryPath(target, ::getpid(), counter++);
         fd = ::open(tempPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
         if (fd < 0 && errno != EEXIST)
             return false;
@@ -116,6 +152,8 @@ bool replaceFileContent(const std::string& path, const std::string& content)
     ok = ok && ::rename(tempPath.c_str(), target.c_str()) == 0;
     if (!ok)
         ::unlink(tempPath.c_str());
+    else
+        removeStaleTemporaries(target);
     return ok;
 }
 

@@ -144,6 +144,7 @@ private slots:
         const QRegularExpression written(QStringLiteral("^(\\d+)-x{80}$"));
 
         auto* random = QRandomGenerator::global();
+        pid_t lastWriter = 0;
         for (int kill = 0; kill < 60; ++kill) {
             int ready[2];
             QVERIFY(::pipe(ready) == 0);
@@ -166,6 +167,7 @@ private slots:
             ::kill(writer, SIGKILL);
             int status = 0;
             ::waitpid(writer, &status, 0);
+            lastWriter = writer;
             QVERIFY(started);
             QVERIFY(WIFSIGNALED(status));
 
@@ -178,6 +180,19 @@ private slots:
                                                                        .arg(kill).arg(number).arg(value)));
             }
         }
+
+        // The next write clears away the temporary files of writers that no
+        // longer run, and only those.
+        const QString ownTemporary = path + QStringLiteral(".%1.7.tmp").arg(::getpid());
+        const QString otherFile = path + QStringLiteral(".backup.tmp");
+        for (const QString& name : {path + QStringLiteral(".%1.7.tmp").arg(lastWriter), ownTemporary, otherFile})
+            QVERIFY(QFile(name).open(QIODevice::WriteOnly));
+        QVERIFY(settings()->WriteString("Start", "k0", ("0-" + padding).c_str()));
+        QStringList left;
+        for (const QFileInfo& file : QDir(userDir()).entryInfoList({QStringLiteral("*.tmp")}, QDir::Files))
+            left << file.absoluteFilePath();
+        left.sort();
+        QCOMPARE(left, (QStringList{ownTemporary, otherFile}));
     }
 
 private:
