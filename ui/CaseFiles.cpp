@@ -1,6 +1,7 @@
 #include "CaseFiles.h"
 
 #include "ApplicationInfo.h"
+#include "ConfigText.h"
 #include "Configuration.h"
 #include "DMFileName.h"
 #include "OverviewPage.h"
@@ -12,12 +13,6 @@
 #include <string>
 
 namespace {
-
-QString setting(const char* section, const char* key, const char* defaultValue = "")
-{
-    const std::string value = cConfiguration::theInstance()->GetString(section, key, defaultValue);
-    return QString::fromLatin1(value.data(), qsizetype(value.size()));
-}
 
 std::string toLatin1(const QString& text)
 {
@@ -60,7 +55,7 @@ QStringList parseNameFilters(const QString& fileTypes)
 
 QString fileTypes()
 {
-    return setting("FileExtensions", "Open", "*.*");
+    return configText("FileExtensions", "Open", "*.*");
 }
 
 QStringList nameFilters()
@@ -70,11 +65,11 @@ QStringList nameFilters()
 
 QString workFolder()
 {
-    QString home = setting("Settings", "HomeDataDir");
+    QString home = configText("Settings", "HomeDataDir");
     if (home.isEmpty())
         home = QString::fromLatin1(cApplicationInfo::theInstance()->getAppDir().c_str());
 
-    const QString configured = setting("Files", "LastWorkDir", toLatin1(home).c_str());
+    const QString configured = configText("Files", "LastWorkDir", toLatin1(home).c_str());
     QString folder = absolutePath(configured);
     if (folder.isEmpty() || !QFileInfo(folder).isDir())
         folder = absolutePath(home);
@@ -92,14 +87,14 @@ bool storeWorkFolder(const QString& folder)
 
 bool resetWorkFolderToHome()
 {
-    const QString home = setting("Settings", "HomeDataDir");
+    const QString home = configText("Settings", "HomeDataDir");
     return !home.isEmpty()
            && cConfiguration::theInstance()->Write("Files", "LastWorkDir", toLatin1(home).c_str());
 }
 
 QString lastFile()
 {
-    const QString recorded = setting("MRUFiles", "0");
+    const QString recorded = configText("MRUFiles", "0");
     return recorded.isEmpty() ? QString() : absolutePath(recorded);
 }
 

@@ -1,7 +1,7 @@
 #include "ModePage.h"
 
 #include "CaseFiles.h"
-#include "Configuration.h"
+#include "ConfigText.h"
 #include "CrossPlatformApi.h"
 #include "DirSelectDialog.h"
 #include "ElidedLabel.h"
@@ -23,12 +23,6 @@
 namespace {
 
 constexpr int entryIconSize = 32;
-
-QString setting(const char* section, const char* key)
-{
-    const std::string value = cConfiguration::theInstance()->GetString(section, key, "");
-    return QString::fromLatin1(value.data(), qsizetype(value.size()));
-}
 
 QIcon image(const char* name)
 {
@@ -118,7 +112,7 @@ ModePage::Entry ModePage::createEntry(ModeFunction function, const char* objectN
     entry.caption->setFont(m_boldFont);
     entry.icon = iconButton(imageName, entryIconSize, entry.frame);
 
-    const QString toolTip = setting("ToolTips", toolTipKey);
+    const QString toolTip = configText("ToolTips", toolTipKey);
     entry.caption->setToolTip(toolTip);
     entry.icon->setToolTip(toolTip);
 
@@ -167,7 +161,7 @@ void ModePage::createOtherFilesEntry()
 
     m_openButton = new QPushButton(QStringLiteral("Öffnen"), entry.frame);
     m_openButton->setObjectName(QStringLiteral("openButton"));
-    m_openButton->setToolTip(setting("StartCenter.HelpText", "Oeffnen"));
+    m_openButton->setToolTip(configText("StartCenter.HelpText", "Oeffnen"));
 
     m_selectFolderButton = new QToolButton(entry.frame);
     m_selectFolderButton->setObjectName(QStringLiteral("selectFolderButton"));
@@ -362,7 +356,7 @@ void ModePage::updateFileView()
     const QString shown = CaseFiles::displayedPath(folder);
     m_folderLabel->setText(QStringLiteral("Verzeichnis: ") + shown);
     m_folderLabel->setToolTip(shown);
-    m_fileView->setToolTip(setting("ToolTips", "AndereFaelle").replace(QLatin1Char('\n'),
+    m_fileView->setToolTip(configText("ToolTips", "AndereFaelle").replace(QLatin1Char('\n'),
                                                                          QLatin1String("<br>")));
     updateNoFileMessage();
 }

@@ -1,7 +1,7 @@
 #include "QuickViewWidget.h"
 
 #include "ApplicationInfo.h"
-#include "Configuration.h"
+#include "ConfigText.h"
 #include "CrossPlatformApi.h"
 #include "DMFileName.h"
 #include "QuickView.h"
@@ -124,8 +124,7 @@ QWidget* QuickViewWidget::createInformationPage()
     m_moreButton = new QPushButton(QStringLiteral("Mehr..."), page);
     m_moreButton->setObjectName(QStringLiteral("MoreButton"));
     m_moreButton->setFixedHeight(25);
-    const std::string moreHelp = cConfiguration::theInstance()->GetString("StartCenter.HelpText", "Mehr", "");
-    m_moreButton->setToolTip(QString::fromLatin1(moreHelp.c_str()));
+    m_moreButton->setToolTip(configText("StartCenter.HelpText", "Mehr"));
     connect(m_moreButton, &QPushButton::clicked, this, &QuickViewWidget::openQuickView);
 
     auto* layout = new QVBoxLayout(page);

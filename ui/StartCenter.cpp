@@ -2,6 +2,7 @@
 
 #include "ActionPage.h"
 #include "ApplicationInfo.h"
+#include "ConfigText.h"
 #include "Configuration.h"
 #include "CrossPlatformApi.h"
 #include "Exceptions.h"
@@ -33,11 +34,6 @@ const QString activationTokenPrefix = QStringLiteral("--xdg-activation-token=");
 int settingInt(const char* section, const char* key, int defaultValue)
 {
     return cConfiguration::theInstance()->GetInt(section, key, defaultValue);
-}
-
-QString settingString(const char* section, const char* key)
-{
-    return QString::fromLatin1(cConfiguration::theInstance()->GetString(section, key, "").c_str());
 }
 
 // The wait cursor for the lifetime of the object.
@@ -159,8 +155,7 @@ void StartCenter::initVersionMap()
 
 int StartCenter::getVersionType()
 {
-    const QString edition = QString::fromLatin1(
-        cConfiguration::theInstance()->GetString("Application", "ProductSubType", "ORV").c_str());
+    const QString edition = configText("Application", "ProductSubType", "ORV");
     return m_versionMap.emplace(edition, 0).first->second;
 }
 
@@ -172,8 +167,8 @@ void StartCenter::playStartSound()
 {
     if (settingInt("Sounds", "StartJingle", 1) != 1)
         return;
-    QString folder = settingString("Sounds", "SoundDir");
-    const QString file = settingString("Sounds", "StartCenter");
+    QString folder = configText("Sounds", "SoundDir");
+    const QString file = configText("Sounds", "StartCenter");
     if (folder.isEmpty() || file.isEmpty())
         return;
     if (QDir::isRelativePath(folder))

@@ -4,6 +4,7 @@
 
 #include "ActionPage.h"
 #include "ApplicationInfo.h"
+#include "ConfigText.h"
 #include "Configuration.h"
 #include "CrossPlatformApi.h"
 #include "File.h"
@@ -14,11 +15,6 @@
 namespace {
 
 constexpr int startTimeoutMs = 30000;
-
-QString settingString(const char* section, const char* key)
-{
-    return QString::fromLatin1(cConfiguration::theInstance()->GetString(section, key, "").c_str());
-}
 
 // A test harness may ask for every program to be started through its
 // preload program; only an existing one is used.
@@ -73,7 +69,7 @@ bool StartCenter::startORVWithParam(const QStringList& params)
     const std::string name = cConfiguration::theInstance()->GetString("StartCenter", "ORVExecutable", "");
     const QString exePath = QString::fromLatin1(cApplicationInfo::theInstance()->getFilenameInAppDir(name).c_str());
     // The mode's own parameter always comes first, even when it is empty.
-    const QStringList arguments = QStringList{settingString("ModusEinstellungen", "Parameter")} + params;
+    const QStringList arguments = QStringList{configText("ModusEinstellungen", "Parameter")} + params;
 
     auto* process = new QProcess();
     // The tax program's output goes where the launcher's goes: a pipe that
@@ -91,7 +87,7 @@ bool StartCenter::startORVWithParam(const QStringList& params)
         return false;
     }
 
-    const QString onStart = settingString("StartCenter", "OnORVStart");
+    const QString onStart = configText("StartCenter", "OnORVStart");
     if (onStart == QLatin1String("Terminate"))
         QCoreApplication::exit(0);
     ++m_runningCount;

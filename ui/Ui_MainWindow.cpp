@@ -1,6 +1,7 @@
 #include "Ui_MainWindow.h"
 
 #include "ActionPage.h"
+#include "ConfigText.h"
 #include "Configuration.h"
 #include "FontHelper.h"
 #include "ModePages.h"
@@ -124,9 +125,7 @@ private:
 
 QString helpText(const QString& key)
 {
-    return QString::fromLatin1(cConfiguration::theInstance()
-                                   ->GetString("StartCenter.HelpText", key.toLatin1().constData(), "")
-                                   .c_str());
+    return configText("StartCenter.HelpText", key.toLatin1().constData());
 }
 
 } // namespace
