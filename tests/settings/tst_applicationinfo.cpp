@@ -1,4 +1,4 @@
-#include "../settings/SettingsFixture.h"
+#include "SettingsFixture.h"
 #include "TempInstallation.h"
 #include "TestMain.h"
 
