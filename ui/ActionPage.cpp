@@ -427,7 +427,7 @@ void ActionPage::openOtherFile()
     request.parent = this;
     request.caption = QString(m_captions[ActionOther]).replace(QLatin1Char('\n'), QLatin1Char(' '));
     request.directory = lastWorkDir();
-    request.filter = CaseFiles::fileTypes().replace(QLatin1Char('|'), QLatin1String(";;"));
+    request.filter = CaseFiles::dialogFilter(CaseFiles::fileTypes());
     const QString path = CrossPlatformApi::showFileDialog(request);
     if (!path.isEmpty())
         emit startORVClicked(path);

@@ -63,6 +63,20 @@ QStringList nameFilters()
     return parseNameFilters(fileTypes());
 }
 
+QString dialogFilter(const QString& fileTypes)
+{
+    const QStringList parts = fileTypes.split(QLatin1Char('|'));
+    QStringList entries;
+    for (qsizetype i = 0; i + 1 < parts.size(); i += 2) {
+        const QString patterns = parts.at(i + 1).split(QLatin1Char(';'), Qt::SkipEmptyParts).join(QLatin1Char(' '));
+        const QString description = parts.at(i).trimmed();
+        entries << (description.isEmpty() ? patterns : description + QLatin1String(" (") + patterns + QLatin1Char(')'));
+    }
+    if (parts.size() % 2 == 1 && !parts.constLast().isEmpty())
+        entries << parts.constLast();
+    return entries.join(QLatin1String(";;"));
+}
+
 QString workFolder()
 {
     QString home = configText("Settings", "HomeDataDir");

@@ -18,6 +18,11 @@ QStringList parseNameFilters(const QString& fileTypes);
 // The mode's file-type string, "FileExtensions"/"Open" ("*.*" when unset).
 QString fileTypes();
 QStringList nameFilters();
+// The filter list of a file dialog for a file-type string:
+// "Steuerfälle|*.a;*.b|Alle|*.*" gives "Steuerfälle (*.a *.b);;Alle (*.*)".
+// A last part without its pattern is passed on as it is, so a bare pattern
+// such as the default "*.*" still filters.
+QString dialogFilter(const QString& fileTypes);
 
 // The working folder, ending in "/": "Files"/"LastWorkDir", by default the
 // home data folder ("Settings"/"HomeDataDir", or the application folder when

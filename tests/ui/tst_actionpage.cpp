@@ -2,6 +2,7 @@
 #include "TestMain.h"
 
 #include "ActionPage.h"
+#include "CaseFiles.h"
 #include "ModePages.h"
 #include "SCListView.h"
 
@@ -265,14 +266,17 @@ private slots:
         m_page->openCurrentItem();
         QCOMPARE(open.takeFirst().at(0).toString(), lastFile);
 
-        // The other-file dialog gets the file types with ";;" for every "|".
+        // The other-file dialog gets the file types as Qt's dialogs read them.
         QVERIFY(m_install->replaceSettings(m_install->userModeSettings(),
                                            "[MRUFiles]\r\n0=" + lastFile.toLatin1()
                                                + "\r\n[FileExtensions]\r\nOpen=A|*.x|B|*.*\r\n"));
         m_page->actionButton(ActionPage::ActionOther)->click();
         QCOMPARE(m_dialogs.size(), 1);
         QCOMPARE(m_dialogs.at(0).kind, FileDialogRequest::OpenFile);
-        QCOMPARE(m_dialogs.at(0).filter, QStringLiteral("A;;*.x;;B;;*.*"));
+        QCOMPARE(m_dialogs.at(0).filter, QStringLiteral("A (*.x);;B (*.*)"));
+        QCOMPARE(CaseFiles::dialogFilter(QStringLiteral("Steuerfälle|*.a;*.b|Alle|*.*")),
+                 QStringLiteral("Steuerfälle (*.a *.b);;Alle (*.*)"));
+        QCOMPARE(CaseFiles::dialogFilter(QStringLiteral("*.*")), QStringLiteral("*.*"));
         QCOMPARE(m_dialogs.at(0).directory, home);
         QCOMPARE(open.count(), 0);   // cancelled
         m_dialogAnswer = home + QStringLiteral("Gewählt.x");
