@@ -4,6 +4,7 @@
 #include "CrossPlatformApi.h"
 #include "DMFileName.h"
 #include "ElidedLabel.h"
+#include "FocusChain.h"
 #include "IniFile.h"
 #include "NvWinIni.h"
 #include "PixmapManager.h"
@@ -14,9 +15,11 @@
 #include <QFileInfo>
 #include <QFrame>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLinearGradient>
 #include <QPushButton>
+#include <QTextDocumentFragment>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -191,6 +194,8 @@ void ActionPage::buildFileView()
     m_changeFolderButton->setText(QStringLiteral("..."));
     m_changeFolderButton->setToolTip(QStringLiteral("Anderes Verzeichnis wählen"));
     m_changeFolderButton->setFixedSize(18, 16);
+    m_changeFolderButton->setAccessibleName(QStringLiteral("Verzeichnis wählen"));
+    m_changeFolderButton->setAccessibleDescription(m_changeFolderButton->toolTip());
 
     m_homeButton = new QToolButton(this);
     m_homeButton->setObjectName(QStringLiteral("homeButton"));
@@ -199,9 +204,12 @@ void ActionPage::buildFileView()
     m_homeButton->setFixedSize(22, 18);
     m_homeButton->setAutoRaise(true);
     m_homeButton->setToolTip(QStringLiteral("Ins eigene Steuerfall-Verzeichnis wechseln"));
+    m_homeButton->setAccessibleName(QStringLiteral("Standardverzeichnis"));
+    m_homeButton->setAccessibleDescription(m_homeButton->toolTip());
 
     m_fileView = new SCListView(this);
     m_fileView->setObjectName(QStringLiteral("fileView"));
+    m_fileView->setAccessibleName(QStringLiteral("Steuerfälle"));
 
     m_emptyFolderLabel = new QLabel(this);
     m_emptyFolderLabel->setObjectName(QStringLiteral("emptyFolderLabel"));
@@ -256,10 +264,12 @@ void ActionPage::buildFileView()
 void ActionPage::setActionCaption(ModeAction action, const QString& caption)
 {
     m_captions[action] = caption;
-    if (action == ActionHeading)
+    if (action == ActionHeading) {
         m_heading->setText(caption);
-    else
+    } else {
         m_buttons[action]->setText(caption);
+        m_buttons[action]->setAccessibleName(caption.simplified());
+    }
 }
 
 void ActionPage::setActionComment(ModeAction action, const QString& comment)
@@ -349,6 +359,27 @@ void ActionPage::updateUI()
         connect(m_buttons[ActionConvert], &QToolButton::clicked, this, startConvert);
         m_buttons[ActionLast]->setEnabled(false);
     }
+    chainFocus(focusOrder());
+}
+
+QList<QWidget*> ActionPage::focusOrder() const
+{
+    QList<QWidget*> order{m_buttons[m_recommended]};
+    for (int i = 0; i < m_furtherActions->count(); ++i)
+        if (QWidget* button = m_furtherActions->itemAt(i)->widget())
+            order << button;
+    order << m_changeFolderButton << m_homeButton << m_fileView << m_openButton << m_overviewButton;
+    return order;
+}
+
+void ActionPage::keyPressEvent(QKeyEvent* event)
+{
+    const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (enter && m_fileView->hasFocus() && m_fileView->currentItem()) {
+        openTreeItem(m_fileView->currentItem(), 0);
+        return;
+    }
+    QWidget::keyPressEvent(event);
 }
 
 void ActionPage::recommend(ModeAction action, const QString& commentHtml)
@@ -361,6 +392,7 @@ void ActionPage::recommend(ModeAction action, const QString& commentHtml)
     button->setAutoRaise(false);
     updateButtonMinSize(button);
     m_comment->setText(commentHtml);
+    button->setAccessibleDescription(QTextDocumentFragment::fromHtml(commentHtml).toPlainText().simplified());
 
     m_recommendedLayout->addWidget(button, 0, Qt::AlignVCenter);
     m_recommendedLayout->addWidget(m_comment, 1);
@@ -379,6 +411,7 @@ void ActionPage::arrangeFurtherActions(std::initializer_list<ModeAction> actions
         setButtonFontSize(button, furtherFontSize);
         button->setIconSize(QSize(furtherIconSize, furtherIconSize));
         button->setAutoRaise(true);
+        button->setAccessibleDescription(QString());
         updateButtonMinSize(button);
         m_furtherActions->addWidget(button);
     }
@@ -396,6 +429,7 @@ void ActionPage::workDirChanged()
 {
     const QString folder = CaseFiles::displayedPath(m_folder);
     m_fileView->setToolTip(QStringLiteral("Verzeichnis:\n") + folder);
+    m_fileView->setAccessibleDescription(QStringLiteral("Verzeichnis: ") + folder);
     m_folderLabel->setText(QStringLiteral("Verzeichnis: ") + folder);
     m_folderLabel->setToolTip(folder);
 

@@ -12,11 +12,13 @@
 #include "SelectionButton.h"
 #include "WordWrap.h"
 
+#include <QAbstractButton>
 #include <QAbstractEventDispatcher>
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QGuiApplication>
+#include <QKeyEvent>
 #include <QLibrary>
 #include <QLoggingCategory>
 #include <QScreen>
@@ -222,6 +224,18 @@ void StartCenter::buttonEinurVorClicked()
 void StartCenter::buttonFestClicked()
 {
     chooseMode(Ui_MainWindow::ModeFest);
+}
+
+void StartCenter::keyPressEvent(QKeyEvent* event)
+{
+    const bool enter = (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+                       && !(event->modifiers() & ~Qt::KeypadModifier);
+    auto* button = qobject_cast<QAbstractButton*>(focusWidget());
+    if (enter && button && button->isEnabled()) {
+        button->click();
+        return;
+    }
+    QMainWindow::keyPressEvent(event);
 }
 
 void StartCenter::showOptions()

@@ -100,6 +100,11 @@ public slots:
     void showMarvendo();
     void checkUpdateResult();
 
+protected:
+    // Enter presses the focused button as Space does: outside dialogs Qt's
+    // buttons leave Enter to their window.
+    void keyPressEvent(QKeyEvent* event) override;
+
 private:
     // The work of the six click handlers.
     void chooseMode(int mode);

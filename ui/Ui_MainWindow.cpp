@@ -3,6 +3,7 @@
 #include "ActionPage.h"
 #include "ConfigText.h"
 #include "Configuration.h"
+#include "FocusChain.h"
 #include "FontHelper.h"
 #include "ModePages.h"
 #include "OnlineUpdate.h"
@@ -259,25 +260,28 @@ void Ui_MainWindow::retranslateUi(QMainWindow* window, bool withToolTips)
         QAction* action;
         const char* text;
         const char* toolTipKey;   // null: no tool tip
+        const char* barText;      // the tool bar's caption with its mnemonic; null: not on the bar
     };
     const ActionText actionTexts[] = {
-        {m_actionBeraterPlus, "SteuerBerater", "SteuerBerater"},
-        {m_actionBerater, "orvane-berater", "orvane-berater.example"},
-        {m_actionKursel, "Kursel", "Kursel"},
-        {m_actionHandbuch, "Handbuch", "Programmhandbuch"},
-        {m_actionSupport, "Support", "Support"},
-        {m_actionOnlineUpdate, "Online-Update", "OnlineUpdate"},
-        {m_actionOptionen, "Optionen", "Konfiguration"},
-        {m_actionReport, "Report erstellen", nullptr},
-        {m_actionNetViewet, "NetViewer starten", nullptr},
-        {m_actionProgFolder, "Programmordner öffnen", nullptr},
-        {m_actionTaxFolder, "Steuerfallordner öffnen", nullptr},
-        {m_actionUninstall, "Deinstallation", nullptr},
-        {m_actionOnlineStart, "Online-Update starten", nullptr},
-        {m_actionOnlineConfig, "Konfiguration", nullptr},
+        {m_actionBeraterPlus, "SteuerBerater", "SteuerBerater", "Steuer&Berater"},
+        {m_actionBerater, "orvane-berater", "orvane-berater.example", "orvane-&berater"},
+        {m_actionKursel, "Kursel", "Kursel", "&Kursel"},
+        {m_actionHandbuch, "Handbuch", "Programmhandbuch", "&Handbuch"},
+        {m_actionSupport, "Support", "Support", "&Support"},
+        {m_actionOnlineUpdate, "Online-Update", "OnlineUpdate", "Online-&Update"},
+        {m_actionOptionen, "Optionen", "Konfiguration", "&Optionen"},
+        {m_actionReport, "Report erstellen", nullptr, nullptr},
+        {m_actionNetViewet, "NetViewer starten", nullptr, nullptr},
+        {m_actionProgFolder, "Programmordner öffnen", nullptr, nullptr},
+        {m_actionTaxFolder, "Steuerfallordner öffnen", nullptr, nullptr},
+        {m_actionUninstall, "Deinstallation", nullptr, nullptr},
+        {m_actionOnlineStart, "Online-Update starten", nullptr, nullptr},
+        {m_actionOnlineConfig, "Konfiguration", nullptr, nullptr},
     };
     for (const ActionText& entry : actionTexts) {
         entry.action->setText(QString::fromUtf8(entry.text));
+        if (entry.barText)
+            entry.action->setIconText(QString::fromUtf8(entry.barText));
         if (withToolTips && entry.toolTipKey)
             assignToolTip(entry.action, QLatin1String(entry.toolTipKey));
     }
@@ -312,10 +316,12 @@ void Ui_MainWindow::createActions(QMainWindow*)
     m_actionKursel = newAction("actionKursel", "kompass-small");
     connect(m_actionKursel, &QAction::triggered, window, &StartCenter::openTaxbook);
     m_actionHandbuch = newAction("actionHandbuch", "handbuch");
+    m_actionHandbuch->setShortcut(QKeySequence(Qt::Key_F1));
     connect(m_actionHandbuch, &QAction::triggered, window, &StartCenter::openManual);
     m_actionSupport = newAction("actionSupport", "support");
     m_actionOnlineUpdate = newAction("actionOnlineUpdate", "online-small");
     m_actionOptionen = newAction("actionOptionen", "optionen");
+    m_actionOptionen->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
     connect(m_actionOptionen, &QAction::triggered, window, &StartCenter::showOptions);
     m_actionReport = newAction("actionReport", "menu_report");
     connect(m_actionReport, &QAction::triggered, window, &StartCenter::startReportTool);
@@ -390,6 +396,10 @@ void Ui_MainWindow::createToolBar(QMainWindow* window)
     const QList<QToolButton*> buttons = m_toolBar->findChildren<QToolButton*>();
     for (qsizetype i = 1; i < buttons.size(); ++i)
         buttons.at(i)->setPopupMode(QToolButton::InstantPopup);
+    // A tool bar keeps its buttons out of the tab order; here they are the
+    // only way to the manual, the support menu and the options.
+    for (QAction* action : m_toolBar->actions())
+        m_toolBar->widgetForAction(action)->setFocusPolicy(Qt::TabFocus);
 
     QPalette palette = m_toolBar->palette();
     palette.setColor(QPalette::Button, SCColors::getColor(SCColors::keyToolbarGradientTop, QColor(68, 122, 210)));
@@ -450,9 +460,13 @@ void Ui_MainWindow::assignToolTip(QWidget* widget, const QString& key)
     widget->setToolTip(helpText(key));
 }
 
+// A screen reader reads the tool bar button's tip unwrapped.
 void Ui_MainWindow::assignToolTip(QAction* action, const QString& key)
 {
-    action->setToolTip(StartCenter::doWordWrap(helpText(key), toolTipWidth, m_window->font(), false));
+    const QString text = helpText(key);
+    action->setToolTip(StartCenter::doWordWrap(text, toolTipWidth, m_window->font(), false));
+    if (QWidget* button = m_toolBar ? m_toolBar->widgetForAction(action) : nullptr)
+        button->setAccessibleDescription(text.simplified());
 }
 
 void Ui_MainWindow::connectActionPage(ActionPage* page)
@@ -489,6 +503,7 @@ void Ui_MainWindow::initAnimation()
         auto* animation = new QPropertyAnimation(page, "geometry", m_stateMachine);
         animation->setEasingCurve(QEasingCurve::OutQuad);
         animation->setDuration(pageSlideDurationMs);
+        connect(animation, &QAbstractAnimation::finished, this, &Ui_MainWindow::hideParkedPages);
         m_stateMachine->addDefaultAnimation(animation);
     }
     m_modeStateGroup->setInitialState(m_pageStates[ModeNormal]);
@@ -500,10 +515,34 @@ void Ui_MainWindow::showMode(int mode)
 {
     if (mode < 0 || mode >= ModeCount)
         return;
+    m_shownMode = mode;
     m_pages[mode]->updateUI();
+    m_pages[mode]->show();
     emit (this->*modes[mode].pageSignal)();
     m_modeButtons[mode]->setChecked(true);
     m_modeStateGroup->setInitialState(m_pageStates[mode]);
+    hideParkedPages();
+    updateFocusOrder();
+}
+
+// The page left keeps sliding down in view; it is hidden once its slide has
+// ended.
+void Ui_MainWindow::hideParkedPages()
+{
+    const QRect view = m_centerStack->rect();
+    for (int mode = 0; mode < ModeCount; ++mode) {
+        if (m_pages[mode] && mode != m_shownMode && !view.intersects(m_pages[mode]->geometry()))
+            m_pages[mode]->hide();
+    }
+}
+
+void Ui_MainWindow::updateFocusOrder()
+{
+    QList<QWidget*> order(m_modeButtons.begin(), m_modeButtons.end());
+    order += m_pages[m_shownMode]->focusOrder();
+    for (QAction* action : m_toolBar->actions())
+        order << m_toolBar->widgetForAction(action);
+    chainFocus(order);
 }
 
 ActionPage* Ui_MainWindow::page(int mode) const

@@ -78,6 +78,12 @@ signals:
 
 private:
     QAction* newAction(const char* objectName, const char* iconName);
+    // Hides every page that is out of view and not the chosen one, so that
+    // no hidden control takes the focus or reaches a screen reader.
+    void hideParkedPages();
+    // Tab order: the mode column, the chosen page, the tool bar. The mode
+    // buttons are one stop, the checked one; the arrow keys move among them.
+    void updateFocusOrder();
     // The tool bar's extra action of the edition, if it has one.
     QAction* editionAction() const;
     int metric(int customMetric) const;
@@ -112,6 +118,7 @@ private:
     QLabel* m_header = nullptr;
     QFrame* m_centerStack = nullptr;
     std::array<ActionPage*, ModeCount> m_pages{};
+    int m_shownMode = -1;
 
     QStateMachine* m_stateMachine = nullptr;
     QState* m_modeStateGroup = nullptr;

@@ -6,7 +6,9 @@
 #include "TestMain.h"
 #include "UiSettings.h"
 
+#include <QAccessible>
 #include <QAction>
+#include <QApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -18,7 +20,9 @@
 #include <QTimer>
 #include <QToolBar>
 #include <QToolButton>
+#include <QTreeWidget>
 
+#include <algorithm>
 #include <memory>
 #include <set>
 
@@ -68,6 +72,53 @@ QStringList objectNames(const QList<QAction*>& actions)
 }
 
 const QStringList startNew{QStringLiteral("-n")};
+
+// A control as the tests name it: a tool bar button by its action.
+QString controlName(const QWidget* control)
+{
+    if (const auto* button = qobject_cast<const QToolButton*>(control); button && button->defaultAction())
+        return button->defaultAction()->objectName();
+    return control ? control->objectName() : QStringLiteral("(no focus)");
+}
+
+// The controls that Tab visits from the chosen mode's button on, until the
+// focus comes back to it.
+QStringList tabWalk(StartCenter& window)
+{
+    QWidget* first = modeButton(window, checkedMode(window));
+    first->setFocus(Qt::TabFocusReason);
+    QStringList visited;
+    do {
+        visited << controlName(window.focusWidget());
+        QTest::keyClick(window.focusWidget(), Qt::Key_Tab);
+    } while (window.focusWidget() != first && visited.size() < 40);
+    return visited;
+}
+
+// The shown controls in the order the eye meets them: the mode column (one
+// stop, the arrow keys move within it), the page's recommended action, its
+// other actions left to right, the folder buttons, the list and its buttons,
+// the tool bar.
+QStringList visualOrder(const StartCenter& window, const ActionPage& page)
+{
+    const auto usable = [](const QWidget* control) { return control->isVisible() && control->isEnabled(); };
+    QStringList order{QLatin1String(buttonNames[checkedMode(window)])};
+    order << page.actionButton(page.recommendedAction())->objectName();
+    QList<QToolButton*> others;
+    for (auto action : {ActionPage::ActionNew, ActionPage::ActionOther, ActionPage::ActionConvert, ActionPage::ActionLast})
+        if (action != page.recommendedAction() && usable(page.actionButton(action)))
+            others << page.actionButton(action);
+    std::sort(others.begin(), others.end(), [](QWidget* a, QWidget* b) { return a->x() < b->x(); });
+    for (const QToolButton* button : others)
+        order << button->objectName();
+    for (const char* name : {"changeFolderButton", "homeButton", "fileView", "openButton", "overviewButton"})
+        if (usable(page.findChild<QWidget*>(QLatin1String(name))))
+            order << QLatin1String(name);
+    for (const QAction* action : window.findChild<QToolBar*>(QStringLiteral("toolBar"))->actions())
+        if (action->isVisible())
+            order << action->objectName();
+    return order;
+}
 
 } // namespace
 
@@ -460,6 +511,169 @@ private slots:
         const QByteArray content = m_install->readFile(saved);
         QVERIFY(content.contains("<Person>Erika Musterfrau</Person>"));
         QVERIFY(content.contains("Modus=\"normal\" Steuerjahr=\"2011\""));
+    }
+
+    // Tab walks the shown controls in the order they are seen, in every mode
+    // and once a switch has slid the new page in; the pages out of view are
+    // hidden, so Tab never reaches them.
+    void tabVisitsTheShownControlsInVisualOrder()
+    {
+        const QString home = fromLatin1(cNvWinIni::theInstance()->getHomeDataPath());
+        QVERIFY(QDir().mkpath(home));
+        for (const char* name : {"/Fall 1.est11", "/Fall 2.est11"})
+            QVERIFY(m_install->writeFile(home + QLatin1String(name), "<Fall/>"));
+        const auto window = shownWindow();
+        QVERIFY(window);
+        QVERIFY(QTest::qWaitForWindowActive(window.get()));
+
+        for (int mode : {0, 3, 1, 5, 2, 4, 0}) {
+            modeButton(*window, mode)->setFocus(Qt::TabFocusReason);
+            QTest::keyClick(modeButton(*window, mode), Qt::Key_Return);
+            QCOMPARE(checkedMode(*window), mode);
+            ActionPage* page = modePage(*window, mode);
+            QTRY_COMPARE(page->pos(), QPoint(0, 0));
+            for (int other = 0; other < 6; ++other)
+                QTRY_VERIFY2(other == mode || !modePage(*window, other)->isVisible(), pageNames[other]);
+
+            QCOMPARE(tabWalk(*window), visualOrder(*window, *page));
+            // Backwards from the mode column: the tool bar's last action.
+            QTest::keyClick(modeButton(*window, mode), Qt::Key_Backtab);
+            QCOMPARE(controlName(window->focusWidget()), QStringLiteral("actionOptionen"));
+        }
+        QVERIFY(visualOrder(*window, *modePage(*window, 0)).contains(QStringLiteral("fileView")));
+    }
+
+    // Space and Enter on a page's action do what a click does; Enter on a row
+    // of the list opens its file.
+    void keysActOnThePagesActions()
+    {
+        QVERIFY(setUserSetting("OnORVStart", "Irgendwas"));
+        const QString home = fromLatin1(cNvWinIni::theInstance()->getHomeDataPath());
+        QVERIFY(QDir().mkpath(home));
+        const QString lastFile = home + QStringLiteral("Fall 1.est11");
+        const QString secondFile = home + QStringLiteral("Fall 2.est11");
+        QVERIFY(m_install->writeFile(lastFile, "<Fall/>") && m_install->writeFile(secondFile, "<Fall/>"));
+        QVERIFY(cNvWinIni::theInstance()->WriteString("MRUFiles", "0", lastFile.toLatin1().constData()));
+        QList<FileDialogRequest> dialogs;
+        const auto previousDialogs = CrossPlatformApi::setFileDialogHandler([&dialogs](const FileDialogRequest& request) {
+            dialogs << request;
+            return QString();
+        });
+        const auto window = shownWindow();
+        QVERIFY(window);
+        QVERIFY(QTest::qWaitForWindowActive(window.get()));
+        ActionPage* page = modePage(*window, 0);
+        QCOMPARE(page->recommendedAction(), ActionPage::ActionLast);
+
+        const auto press = [&](QWidget* control, Qt::Key key) {
+            control->setFocus(Qt::TabFocusReason);
+            QTest::keyClick(control, key);
+            QTRY_COMPARE_WITH_TIMEOUT(window->runningCount(), 0, processTimeoutMs);
+        };
+        press(page->actionButton(ActionPage::ActionLast), Qt::Key_Space);
+        press(page->actionButton(ActionPage::ActionLast), Qt::Key_Return);
+        press(page->actionButton(ActionPage::ActionNew), Qt::Key_Enter);
+        press(page->actionButton(ActionPage::ActionConvert), Qt::Key_Space);
+        auto* list = page->findChild<QTreeWidget*>(QStringLiteral("fileView"));
+        list->setFocus(Qt::TabFocusReason);
+        QTest::keyClick(list, Qt::Key_Down);
+        press(list, Qt::Key_Return);
+
+        const QString normal = QStringLiteral("-mode=normal");
+        const QList<QStringList> expected{{normal, lastFile},
+                                          {normal, lastFile},
+                                          {normal, QStringLiteral("-n")},
+                                          {normal, QStringLiteral("-c")},
+                                          {normal, secondFile}};
+        QCOMPARE(loggedStarts(), expected);
+
+        // The open dialog offers the mode's case files first, in the form
+        // Qt's dialogs read.
+        press(page->actionButton(ActionPage::ActionOther), Qt::Key_Return);
+        CrossPlatformApi::setFileDialogHandler(previousDialogs);
+        QCOMPARE(dialogs.size(), 1);
+        QCOMPARE(dialogs.at(0).filter.split(QStringLiteral(";;")).first(),
+                 QStringLiteral("Steuererklärungen 2011 (*.est11)"));
+        QCOMPARE(loggedStarts().size(), expected.size());
+    }
+
+    // The tool bar's actions answer to Space, Enter, their mnemonics and
+    // shortcuts: F1 the manual, Ctrl+, the options.
+    void keysReachTheToolBar()
+    {
+        QStringList opened;
+        const auto previousOpener = CrossPlatformApi::setUrlOpener([&opened](const QUrl& url) {
+            opened << url.fileName();
+            return true;
+        });
+        const auto window = shownWindow();
+        QVERIFY(window);
+        QVERIFY(QTest::qWaitForWindowActive(window.get()));
+        auto* bar = window->findChild<QToolBar*>(QStringLiteral("toolBar"));
+        const auto button = [&](const char* action) {
+            return bar->widgetForAction(window->findChild<QAction*>(QLatin1String(action)));
+        };
+
+        // Dialogs and menus run their own loop; each is noted and closed.
+        // A mnemonic clicks a moment after the key.
+        QStringList popups;
+        QTimer closer;
+        closer.setInterval(20);
+        closer.callOnTimeout([&popups] {
+            QWidget* popup = QApplication::activePopupWidget();
+            if (!popup)
+                popup = QApplication::activeModalWidget();
+            if (popup) {
+                popups << QString::fromLatin1(popup->metaObject()->className());
+                popup->close();
+            }
+        });
+        closer.start();
+        const auto press = [&](QWidget* control, Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+            const qsizetype before = popups.size();
+            window->activateWindow();
+            QVERIFY(QTest::qWaitForWindowActive(window.get()));
+            control->setFocus(Qt::TabFocusReason);
+            QTest::keyClick(control, key, modifiers);
+            QTRY_VERIFY(popups.size() > before);
+        };
+        press(modeButton(*window, 2), Qt::Key_S, Qt::AltModifier);
+        press(button("actionSupport"), Qt::Key_Return);
+        press(button("actionOptionen"), Qt::Key_Space);
+        press(modeButton(*window, 0), Qt::Key_O, Qt::AltModifier);
+        press(modeButton(*window, 0), Qt::Key_Comma, Qt::ControlModifier);
+        QCOMPARE(popups, (QStringList{QStringLiteral("QMenu"), QStringLiteral("QMenu"), QStringLiteral("OptionsDialog"),
+                                      QStringLiteral("OptionsDialog"), QStringLiteral("OptionsDialog")}));
+
+        closer.stop();
+        window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(window.get()));
+        QTest::keyClick(button("actionHandbuch"), Qt::Key_Space);
+        QTest::keyClick(modeButton(*window, 3), Qt::Key_H, Qt::AltModifier);
+        QTest::keyClick(modeButton(*window, 3), Qt::Key_F1);
+        QTRY_COMPARE(opened, QStringList(3, QStringLiteral("handbuch.html")));
+        CrossPlatformApi::setUrlOpener(previousOpener);
+    }
+
+    // Screen readers get a name on one line for every control that can take
+    // the focus, and descriptions without line breaks.
+    void everyControlHasAOneLineName()
+    {
+        const auto window = shownWindow();
+        QVERIFY(window);
+        int controls = 0;
+        for (QWidget* control : window->findChildren<QWidget*>()) {
+            if (control->focusPolicy() == Qt::NoFocus || control->focusProxy())
+                continue;
+            ++controls;
+            QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(control);
+            const QString name = accessible->text(QAccessible::Name);
+            const QString description = accessible->text(QAccessible::Description);
+            const QString where = controlName(control) + QStringLiteral(": ") + name + QStringLiteral(" / ") + description;
+            QVERIFY2(name.contains(QRegularExpression(QStringLiteral("\\w"))), qPrintable(where));
+            QVERIFY2(!name.contains(QLatin1Char('\n')) && !description.contains(QLatin1Char('\n')), qPrintable(where));
+        }
+        QVERIFY(controls >= 6 + 6 * 9 + 4);
     }
 };
 
