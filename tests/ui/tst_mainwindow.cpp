@@ -16,6 +16,7 @@
 #include <QLabel>
 #include <QMenu>
 #include <QRegularExpression>
+#include <QScopeGuard>
 #include <QTest>
 #include <QTimer>
 #include <QToolBar>
@@ -175,6 +176,22 @@ private:
         auto window = std::make_unique<StartCenter>(nullptr, Qt::WindowFlags());
         window->show();
         return QTest::qWaitForWindowExposed(window.get()) ? std::move(window) : nullptr;
+    }
+
+    static std::unique_ptr<StartCenter> activeWindow()
+    {
+        auto window = shownWindow();
+        return window && QTest::qWaitForWindowActive(window.get()) ? std::move(window) : nullptr;
+    }
+
+    // Two case files of the income-tax mode in the home data folder.
+    QStringList writeCaseFiles() const
+    {
+        const QString home = fromLatin1(cNvWinIni::theInstance()->getHomeDataPath());
+        const QStringList files{home + QStringLiteral("Fall 1.est11"), home + QStringLiteral("Fall 2.est11")};
+        for (const QString& file : files)
+            m_install->writeFile(file, "<Fall/>");
+        return files;
     }
 
     // The arguments of every start of the demo tax program so far.
@@ -514,145 +531,95 @@ private slots:
     }
 
     // Tab walks the shown controls in the order they are seen, in every mode
-    // and once a switch has slid the new page in; the pages out of view are
-    // hidden, so Tab never reaches them.
+    // once a switch has slid the new page in; pages out of view are hidden.
     void tabVisitsTheShownControlsInVisualOrder()
     {
-        const QString home = fromLatin1(cNvWinIni::theInstance()->getHomeDataPath());
-        QVERIFY(QDir().mkpath(home));
-        for (const char* name : {"/Fall 1.est11", "/Fall 2.est11"})
-            QVERIFY(m_install->writeFile(home + QLatin1String(name), "<Fall/>"));
-        const auto window = shownWindow();
+        writeCaseFiles();
+        const auto window = activeWindow();
         QVERIFY(window);
-        QVERIFY(QTest::qWaitForWindowActive(window.get()));
-
         for (int mode : {0, 3, 1, 5, 2, 4, 0}) {
             modeButton(*window, mode)->setFocus(Qt::TabFocusReason);
             QTest::keyClick(modeButton(*window, mode), Qt::Key_Return);
-            QCOMPARE(checkedMode(*window), mode);
             ActionPage* page = modePage(*window, mode);
             QTRY_COMPARE(page->pos(), QPoint(0, 0));
             for (int other = 0; other < 6; ++other)
                 QTRY_VERIFY2(other == mode || !modePage(*window, other)->isVisible(), pageNames[other]);
 
             QCOMPARE(tabWalk(*window), visualOrder(*window, *page));
-            // Backwards from the mode column: the tool bar's last action.
             QTest::keyClick(modeButton(*window, mode), Qt::Key_Backtab);
             QCOMPARE(controlName(window->focusWidget()), QStringLiteral("actionOptionen"));
         }
         QVERIFY(visualOrder(*window, *modePage(*window, 0)).contains(QStringLiteral("fileView")));
     }
 
-    // Space and Enter on a page's action do what a click does; Enter on a row
-    // of the list opens its file.
-    void keysActOnThePagesActions()
+    // Space, Enter, mnemonics and shortcuts do what a click does: on the
+    // page's actions, on a row of the list, on the tool bar.
+    void keysActAsClicks()
     {
         QVERIFY(setUserSetting("OnORVStart", "Irgendwas"));
-        const QString home = fromLatin1(cNvWinIni::theInstance()->getHomeDataPath());
-        QVERIFY(QDir().mkpath(home));
-        const QString lastFile = home + QStringLiteral("Fall 1.est11");
-        const QString secondFile = home + QStringLiteral("Fall 2.est11");
-        QVERIFY(m_install->writeFile(lastFile, "<Fall/>") && m_install->writeFile(secondFile, "<Fall/>"));
-        QVERIFY(cNvWinIni::theInstance()->WriteString("MRUFiles", "0", lastFile.toLatin1().constData()));
-        QList<FileDialogRequest> dialogs;
-        const auto previousDialogs = CrossPlatformApi::setFileDialogHandler([&dialogs](const FileDialogRequest& request) {
-            dialogs << request;
+        const QStringList files = writeCaseFiles();
+        QVERIFY(cNvWinIni::theInstance()->WriteString("MRUFiles", "0", files.at(0).toLatin1().constData()));
+        QStringList dialogFilters, opened, popups;
+        const auto previousDialogs = CrossPlatformApi::setFileDialogHandler([&](const FileDialogRequest& request) {
+            dialogFilters << request.filter;
             return QString();
         });
-        const auto window = shownWindow();
-        QVERIFY(window);
-        QVERIFY(QTest::qWaitForWindowActive(window.get()));
-        ActionPage* page = modePage(*window, 0);
-        QCOMPARE(page->recommendedAction(), ActionPage::ActionLast);
-
-        const auto press = [&](QWidget* control, Qt::Key key) {
-            control->setFocus(Qt::TabFocusReason);
-            QTest::keyClick(control, key);
-            QTRY_COMPARE_WITH_TIMEOUT(window->runningCount(), 0, processTimeoutMs);
-        };
-        press(page->actionButton(ActionPage::ActionLast), Qt::Key_Space);
-        press(page->actionButton(ActionPage::ActionLast), Qt::Key_Return);
-        press(page->actionButton(ActionPage::ActionNew), Qt::Key_Enter);
-        press(page->actionButton(ActionPage::ActionConvert), Qt::Key_Space);
-        auto* list = page->findChild<QTreeWidget*>(QStringLiteral("fileView"));
-        list->setFocus(Qt::TabFocusReason);
-        QTest::keyClick(list, Qt::Key_Down);
-        press(list, Qt::Key_Return);
-
-        const QString normal = QStringLiteral("-mode=normal");
-        const QList<QStringList> expected{{normal, lastFile},
-                                          {normal, lastFile},
-                                          {normal, QStringLiteral("-n")},
-                                          {normal, QStringLiteral("-c")},
-                                          {normal, secondFile}};
-        QCOMPARE(loggedStarts(), expected);
-
-        // The open dialog offers the mode's case files first, in the form
-        // Qt's dialogs read.
-        press(page->actionButton(ActionPage::ActionOther), Qt::Key_Return);
-        CrossPlatformApi::setFileDialogHandler(previousDialogs);
-        QCOMPARE(dialogs.size(), 1);
-        QCOMPARE(dialogs.at(0).filter.split(QStringLiteral(";;")).first(),
-                 QStringLiteral("Steuererklärungen 2011 (*.est11)"));
-        QCOMPARE(loggedStarts().size(), expected.size());
-    }
-
-    // The tool bar's actions answer to Space, Enter, their mnemonics and
-    // shortcuts: F1 the manual, Ctrl+, the options.
-    void keysReachTheToolBar()
-    {
-        QStringList opened;
-        const auto previousOpener = CrossPlatformApi::setUrlOpener([&opened](const QUrl& url) {
+        const auto previousOpener = CrossPlatformApi::setUrlOpener([&](const QUrl& url) {
             opened << url.fileName();
             return true;
         });
-        const auto window = shownWindow();
-        QVERIFY(window);
-        QVERIFY(QTest::qWaitForWindowActive(window.get()));
-        auto* bar = window->findChild<QToolBar*>(QStringLiteral("toolBar"));
-        const auto button = [&](const char* action) {
-            return bar->widgetForAction(window->findChild<QAction*>(QLatin1String(action)));
-        };
-
-        // Dialogs and menus run their own loop; each is noted and closed.
-        // A mnemonic clicks a moment after the key.
-        QStringList popups;
+        const auto restore = qScopeGuard([&] {
+            CrossPlatformApi::setFileDialogHandler(previousDialogs);
+            CrossPlatformApi::setUrlOpener(previousOpener);
+        });
+        // Menus and dialogs run their own loop: each is noted and closed.
         QTimer closer;
-        closer.setInterval(20);
         closer.callOnTimeout([&popups] {
-            QWidget* popup = QApplication::activePopupWidget();
-            if (!popup)
-                popup = QApplication::activeModalWidget();
+            QWidget* popup = QApplication::activePopupWidget() ? QApplication::activePopupWidget()
+                                                               : QApplication::activeModalWidget();
             if (popup) {
                 popups << QString::fromLatin1(popup->metaObject()->className());
                 popup->close();
             }
         });
-        closer.start();
-        const auto press = [&](QWidget* control, Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
-            const qsizetype before = popups.size();
-            window->activateWindow();
+        closer.start(20);
+
+        const auto window = activeWindow();
+        QVERIFY(window);
+        const auto press = [&](QWidget* control, Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
+            window->activateWindow();   // back from a menu
             QVERIFY(QTest::qWaitForWindowActive(window.get()));
             control->setFocus(Qt::TabFocusReason);
             QTest::keyClick(control, key, modifiers);
-            QTRY_VERIFY(popups.size() > before);
+            QTRY_COMPARE_WITH_TIMEOUT(window->runningCount(), 0, processTimeoutMs);
         };
-        press(modeButton(*window, 2), Qt::Key_S, Qt::AltModifier);
+        ActionPage* page = modePage(*window, 0);
+        QCOMPARE(page->recommendedAction(), ActionPage::ActionLast);
+        press(page->actionButton(ActionPage::ActionLast), Qt::Key_Space);
+        press(page->actionButton(ActionPage::ActionNew), Qt::Key_Return);
+        auto* list = page->findChild<QTreeWidget*>(QStringLiteral("fileView"));
+        press(list, Qt::Key_Down);
+        press(list, Qt::Key_Enter);
+        const QString normal = QStringLiteral("-mode=normal");
+        QCOMPARE(loggedStarts(), (QList<QStringList>{{normal, files.at(0)}, {normal, QStringLiteral("-n")},
+                                                     {normal, files.at(1)}}));
+        // The open dialog offers the mode's case files.
+        press(page->actionButton(ActionPage::ActionOther), Qt::Key_Return);
+        QCOMPARE(dialogFilters, QStringList(QStringLiteral("Steuererklärungen 2011 (*.est11)")));
+
+        auto* bar = window->findChild<QToolBar*>(QStringLiteral("toolBar"));
+        const auto button = [&](const char* action) {
+            return bar->widgetForAction(window->findChild<QAction*>(QLatin1String(action)));
+        };
         press(button("actionSupport"), Qt::Key_Return);
+        press(modeButton(*window, 2), Qt::Key_S, Qt::AltModifier);
         press(button("actionOptionen"), Qt::Key_Space);
-        press(modeButton(*window, 0), Qt::Key_O, Qt::AltModifier);
         press(modeButton(*window, 0), Qt::Key_Comma, Qt::ControlModifier);
         QCOMPARE(popups, (QStringList{QStringLiteral("QMenu"), QStringLiteral("QMenu"), QStringLiteral("OptionsDialog"),
-                                      QStringLiteral("OptionsDialog"), QStringLiteral("OptionsDialog")}));
-
-        closer.stop();
-        window->activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(window.get()));
-        QTest::keyClick(button("actionHandbuch"), Qt::Key_Space);
-        QTest::keyClick(modeButton(*window, 3), Qt::Key_H, Qt::AltModifier);
-        QTest::keyClick(modeButton(*window, 3), Qt::Key_F1);
-        QTRY_COMPARE(opened, QStringList(3, QStringLiteral("handbuch.html")));
-        CrossPlatformApi::setUrlOpener(previousOpener);
+                                      QStringLiteral("OptionsDialog")}));
+        press(button("actionHandbuch"), Qt::Key_Return);
+        press(modeButton(*window, 3), Qt::Key_F1);
+        QCOMPARE(opened, QStringList(2, QStringLiteral("handbuch.html")));
     }
 
     // Screen readers get a name on one line for every control that can take
@@ -666,7 +633,7 @@ private slots:
             if (control->focusPolicy() == Qt::NoFocus || control->focusProxy())
                 continue;
             ++controls;
-            QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(control);
+            const QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(control);
             const QString name = accessible->text(QAccessible::Name);
             const QString description = accessible->text(QAccessible::Description);
             const QString where = controlName(control) + QStringLiteral(": ") + name + QStringLiteral(" / ") + description;
