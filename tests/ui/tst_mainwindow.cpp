@@ -588,7 +588,7 @@ private slots:
         QVERIFY(window);
         const auto press = [&](QWidget* control, Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
             window->activateWindow();   // back from a menu
-            QVERIFY(QTest::qWaitForWindowActive(window.get()));
+            QTRY_COMPARE(QApplication::activeWindow(), window.get());
             control->setFocus(Qt::TabFocusReason);
             QTest::keyClick(control, key, modifiers);
             QTRY_COMPARE_WITH_TIMEOUT(window->runningCount(), 0, processTimeoutMs);
