@@ -92,8 +92,10 @@ bool PrivateFolder::openChecked(const QString& path, bool ownFolder)
 {
     const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
     if (fd < 0) {
-        m_error = errno == ELOOP ? QStringLiteral("%1 is a symbolic link").arg(path)
-                                 : systemError(QStringLiteral("cannot open folder"), path);
+        struct stat link;
+        const bool isLink = ::lstat(QFile::encodeName(path).constData(), &link) == 0 && S_ISLNK(link.st_mode);
+        m_error = isLink ? QStringLiteral("%1 is a symbolic link").arg(path)
+                         : systemError(QStringLiteral("cannot open folder"), path);
         return false;
     }
     struct stat info;
