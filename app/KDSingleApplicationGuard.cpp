@@ -87,6 +87,23 @@ void warnNotResponding()
     qWarning("KDSingleApplicationGuard: Instance not responding. ");
 }
 
+// A header that is not a register of this layout is nothing a guard wrote;
+// waiting would not help.
+bool isUsable(const InstanceRegister& reg)
+{
+    if (!reg.isValid()) {
+        warnNotResponding();
+        return false;
+    }
+    if (reg.version() != InstanceRegister::LayoutVersion) {
+        qWarning("KDSingleApplicationGuard: Detected version mismatch. Highest supported version: %ud, actual "
+                 "version: %ud",
+                 InstanceRegister::LayoutVersion, reg.version());
+        return false;
+    }
+    return true;
+}
+
 // Holds the register's lock for one operation. SIGINT stays blocked meanwhile,
 // so the interrupt handler, which takes the same lock, never finds the register
 // half written and never waits for a lock its own thread holds.
@@ -358,7 +375,6 @@ public:
 
 private:
     bool join(const QStringList& arguments);
-    bool isUsable(const InstanceRegister& reg) const;
     int registerIn(InstanceRegister& reg, bool created, const QStringList& arguments);
     void listenForStarts();
     void pollAsPrimary();
@@ -445,23 +461,6 @@ bool KDSingleApplicationGuard::Private::join(const QStringList& arguments)
     }
     if (id > 0)
         WakeChannel::wake(folder->fd(), wakeName);
-    return true;
-}
-
-// A header that is not a register of this layout is nothing a guard wrote;
-// waiting would not help.
-bool KDSingleApplicationGuard::Private::isUsable(const InstanceRegister& reg) const
-{
-    if (!reg.isValid()) {
-        warnNotResponding();
-        return false;
-    }
-    if (reg.version() != InstanceRegister::LayoutVersion) {
-        qWarning("KDSingleApplicationGuard: Detected version mismatch. Highest supported version: %ud, actual "
-                 "version: %ud",
-                 InstanceRegister::LayoutVersion, reg.version());
-        return false;
-    }
     return true;
 }
 
