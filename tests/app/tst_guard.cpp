@@ -333,22 +333,6 @@ private Q_SLOTS:
             QCOMPARE(next->exitCode(), 0);
             QVERIFY(!survivor.take(QStringLiteral("became-primary")).isEmpty());
         }
-        {
-            // Everybody in the register died: the next start begins afresh.
-            Probe crashed(key);
-            QCOMPARE(crashed.role(), QStringLiteral("primary"));
-            RegisterView view(key);
-            QVERIFY(view.attach());
-            Probe alsoCrashed(key);
-            QCOMPARE(alsoCrashed.role(), QStringLiteral("secondary"));
-            crashed.killHard();
-            alsoCrashed.killHard();
-            Probe next(key);
-            QCOMPARE(next.role(), QStringLiteral("primary"));
-            QCOMPARE(view->processInfo[0].pid, next.pid());
-            for (int i = 1; i < InstanceRegister::SlotCount; ++i)
-                QVERIFY(view->processInfo[i].isFree());
-        }
         // The last one out leaves nothing behind.
         QVERIFY(!QFileInfo::exists(RegisterView::registerPath(key, QStringLiteral(".register"))));
         QVERIFY(!QFileInfo::exists(RegisterView::registerPath(key, QStringLiteral(".wake"))));
