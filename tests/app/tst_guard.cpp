@@ -461,6 +461,19 @@ private Q_SLOTS:
         theirPrimary.send("instances");
         QCOMPARE(theirPrimary.take(QStringLiteral("instances")), QStringLiteral("instances ") + theirPrimary.pidText());
 
+        // A slot naming the other user's live process is no instance of ours.
+        {
+            auto crashed = std::make_unique<Probe>(key);
+            QCOMPARE(crashed->role(), QStringLiteral("primary"));
+            Probe survivor(key);
+            QCOMPARE(survivor.role(), QStringLiteral("secondary"));
+            crashed->killHard();
+            RegisterView view(key);
+            QVERIFY(view.attach());
+            view->processInfo[0].pid = theirPrimary.pid();
+            QCOMPARE(Probe(key).role(), QStringLiteral("primary"));
+        }
+
         // The folder the user's own would be, made by the other user with a
         // register in it: the guard stays out of it, the start goes on alone.
         const QString planted = shared.path() + QStringLiteral("/kdsingleapp-")
