@@ -18,6 +18,7 @@
 #include <memory>
 #include <vector>
 
+#include <fcntl.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -554,6 +555,17 @@ private Q_SLOTS:
                                            "version: 0d, actual version: 3d");
         QVERIFY(!KDSingleApplicationGuard().isOperational());
         std::memcpy(garbled->signature, header, sizeof header);
+
+        // A lock that a hung process keeps is given up after a few seconds.
+        QFile held(RegisterView::registerPath(garbledKey, QStringLiteral(".register")));
+        QVERIFY(held.open(QIODevice::ReadWrite));
+        struct flock accessLock = {};
+        accessLock.l_type = F_WRLCK;
+        accessLock.l_whence = SEEK_SET;
+        accessLock.l_len = 1;
+        QVERIFY(::fcntl(held.handle(), F_OFD_SETLK, &accessLock) == 0);
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("lock is held by another process$")));
+        QVERIFY(!KDSingleApplicationGuard().isOperational());
     }
 
     void fullRegisterTurnsNewcomerAway()
