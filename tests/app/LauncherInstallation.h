@@ -1,6 +1,5 @@
 #pragma once
 
-#include "KDSingleApplicationGuard_p.h"
 #include "TempInstallation.h"
 
 #include <QCoreApplication>
@@ -9,8 +8,6 @@
 #include <QFileInfo>
 #include <QProcess>
 #include <QRegularExpression>
-#include <QSharedMemory>
-#include <QSystemSemaphore>
 
 #include <memory>
 
@@ -86,9 +83,8 @@ private:
 
 // The launcher and its modules with the files of the built bundle (sample
 // configuration, image container, translation, tax program and update
-// stand-ins) in a temporary installation. Its bundle identifier is its own, so
-// its single-instance register is not shared with any other launcher on the
-// machine. The launchers log their start-up ("start-up complete") and window
+// stand-ins) in a temporary installation. Its bundle identifier is its own, and
+// its single-instance register lies in the installation's own folders. The launchers log their start-up ("start-up complete") and window
 // activation ("main window activated") and write their message boxes to a
 // log instead of showing them.
 class LauncherInstallation : public TempInstallation
@@ -97,24 +93,14 @@ public:
     LauncherInstallation()
     {
         static int count = 0;
-        m_applicationName = QStringLiteral("startcenter-test-%1-%2").arg(QCoreApplication::applicationPid()).arg(++count);
-        const QByteArray propertyList = propertyListWithIdentifier(QStringLiteral("de.test.") + m_applicationName);
+        const QString applicationName =
+            QStringLiteral("startcenter-test-%1-%2").arg(QCoreApplication::applicationPid()).arg(++count);
+        const QByteArray propertyList = propertyListWithIdentifier(QStringLiteral("de.test.") + applicationName);
         m_ready = isValid() && !propertyList.isEmpty()
                   && copyFolder(QStringLiteral(SC_BUNDLE_RESOURCES_DIR), resourcesDir())
                   && writeFile(QStringLiteral("Start-Center.app/Contents/Info.plist"), propertyList)
                   && copyFolder(QFileInfo(QStringLiteral(SC_LAUNCHER_PATH)).path(), QFileInfo(executablePath()).path());
     }
-    // As the next start would: a register nobody is attached to goes away,
-    // and so does the lock that launchers which did not tear down left.
-    ~LauncherInstallation()
-    {
-        QSharedMemory stale;
-        setRegisterKey(stale, m_applicationName);
-        if (stale.attach())
-            stale.detach();
-        QSystemSemaphore(stale.key(), 1, QSystemSemaphore::Create);
-    }
-
     bool isReady() const { return m_ready; }
     std::unique_ptr<LauncherProcess> start() const
     {
@@ -158,6 +144,5 @@ private:
         return content.contains(key) ? content.replace(key, QStringLiteral("\\1") + identifier).toUtf8() : QByteArray();
     }
 
-    QString m_applicationName;
     bool m_ready = false;
 };

@@ -20,6 +20,8 @@ TempInstallation::TempInstallation()
     root.mkpath(QStringLiteral("home/.cache"));
     root.mkpath(QStringLiteral("home/.local/state"));
     root.mkpath(QStringLiteral("home/Documents"));
+    root.mkpath(QStringLiteral("home/.run"));
+    QFile::setPermissions(home() + QStringLiteral("/.run"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     root.mkpath(QStringLiteral("shared"));
     root.mkpath(QStringLiteral("Start-Center.app/Contents/MacOS"));
     root.mkpath(QStringLiteral("Start-Center.app/Contents/Resources"));
@@ -31,6 +33,7 @@ TempInstallation::TempInstallation()
     setEnv("XDG_CACHE_HOME", home() + QStringLiteral("/.cache"));
     setEnv("XDG_STATE_HOME", home() + QStringLiteral("/.local/state"));
     setEnv("XDG_DOCUMENTS_DIR", home() + QStringLiteral("/Documents"));
+    setEnv("XDG_RUNTIME_DIR", home() + QStringLiteral("/.run"));
     setEnv("SC_COMMON_APPDATA", m_dir.path() + QStringLiteral("/shared"));
 
     CrossPlatformApi::overrideExecutablePath(executablePath().toLocal8Bit().toStdString());
