@@ -123,6 +123,15 @@ std::string commonAppDataFolder()
     return configured.empty() ? std::string("/var/tmp") : configured;
 }
 
+// A user folder of the XDG base directories: the variable when it holds an
+// absolute path (relative ones are invalid and ignored), else its default
+// below the home folder.
+std::string xdgFolder(const char* variable, const char* defaultBelowHome)
+{
+    const std::string configured = environment(variable);
+    return configured.empty() || configured.front() != '/' ? homeFolder() + defaultBelowHome : configured;
+}
+
 std::string nativeSystemFolder(int sysFolder)
 {
     switch (sysFolder) {
@@ -130,10 +139,12 @@ std::string nativeSystemFolder(int sysFolder)
         const std::string temp = environment("TMPDIR");
         return temp.empty() ? std::string("/tmp") : temp;
     }
-    case CrossPlatformApi::SysLocalAppData: {
-        const std::string data = environment("XDG_DATA_HOME");
-        return data.empty() || data.front() != '/' ? homeFolder() + "/.local/share" : data;
-    }
+    case CrossPlatformApi::SysLocalAppData:
+        return xdgFolder("XDG_DATA_HOME", "/.local/share");
+    case CrossPlatformApi::SysLocalConfig:
+        return xdgFolder("XDG_CONFIG_HOME", "/.config");
+    case CrossPlatformApi::SysLocalState:
+        return xdgFolder("XDG_STATE_HOME", "/.local/state");
     case CrossPlatformApi::SysCommonAppData:
         return commonAppDataFolder();
     case CrossPlatformApi::SysMyDocuments: {
