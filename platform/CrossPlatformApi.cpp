@@ -1,6 +1,7 @@
 #include "CrossPlatformApi.h"
 
 #include "BundleInfo.h"
+#include "PlatformLogging.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -145,6 +146,8 @@ std::string nativeSystemFolder(int sysFolder)
         return xdgFolder("XDG_CONFIG_HOME", "/.config");
     case CrossPlatformApi::SysLocalState:
         return xdgFolder("XDG_STATE_HOME", "/.local/state");
+    case CrossPlatformApi::SysLocalCache:
+        return xdgFolder("XDG_CACHE_HOME", "/.cache");
     case CrossPlatformApi::SysCommonAppData:
         return commonAppDataFolder();
     case CrossPlatformApi::SysMyDocuments: {
@@ -454,9 +457,10 @@ bool CrossPlatformApi::localtime_s(struct tm& result, const long& time)
 
 void CrossPlatformApi::outputDebugString(const std::string& text)
 {
-    std::fputs(text.c_str(), stderr);
-    if (text.empty() || text.back() != '\n')
-        std::fputc('\n', stderr);
+    std::string line = text;
+    if (!line.empty() && line.back() == '\n')
+        line.pop_back();
+    qCDebug(lcPlatform, "%s", line.c_str());
 }
 
 std::string CrossPlatformApi::getSystemFolder(int sysFolder)

@@ -10,6 +10,7 @@
 #include "OnlineUpdate.h"
 #include "OptionsDialog.h"
 #include "SelectionButton.h"
+#include "UiLogging.h"
 #include "WordWrap.h"
 
 #include <QAbstractEventDispatcher>
@@ -18,13 +19,10 @@
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QLibrary>
-#include <QLoggingCategory>
 #include <QScreen>
 
 #include <functional>
 #include <memory>
-
-Q_LOGGING_CATEGORY(lcMainWindow, "startcenter.mainwindow", QtWarningMsg)
 
 namespace {
 
