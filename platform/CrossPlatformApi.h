@@ -93,7 +93,8 @@ public:
         SysMyDocuments,     // the documents folder
         SysProfile,         // the home folder
         SysLocalConfig,     // $XDG_CONFIG_HOME
-        SysLocalState       // $XDG_STATE_HOME
+        SysLocalState,      // $XDG_STATE_HOME
+        SysLocalCache       // $XDG_CACHE_HOME
     };
     // The folder without a trailing "/".
     static std::string getSystemFolder(int sysFolder);

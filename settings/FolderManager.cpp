@@ -40,6 +40,7 @@ FolderManager::FolderManager()
         {"SYS_PROFILE", CrossPlatformApi::SysProfile},
         {"SYS_LOCAL_CONFIG", CrossPlatformApi::SysLocalConfig},
         {"SYS_LOCAL_STATE", CrossPlatformApi::SysLocalState},
+        {"SYS_LOCAL_CACHE", CrossPlatformApi::SysLocalCache},
     };
     for (const auto& symbol : systemSymbols)
         setSymbol(symbol.name, CrossPlatformApi::getSystemFolder(symbol.folder));
