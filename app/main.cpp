@@ -1,6 +1,7 @@
 // The launcher's entry point: brings the program up in a fixed order, each
 // step relying on what the earlier ones set up.
 
+#include "AppLogging.h"
 #include "ApplicationInfo.h"
 #include "Configuration.h"
 #include "CrossPlatformApi.h"
@@ -16,15 +17,12 @@
 #include <QAbstractEventDispatcher>
 #include <QApplication>
 #include <QDir>
-#include <QLoggingCategory>
 #include <QTimer>
 #include <QTranslator>
 
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
-
-Q_LOGGING_CATEGORY(lcStartUp, "startcenter.startup", QtWarningMsg)
 
 namespace {
 
@@ -41,6 +39,23 @@ const char* const cszApplicationName = "Start-Center 2012";
     box.buttons = QMessageBox::Ok;
     CrossPlatformApi::showMessageBox(box);
     std::exit(0);
+}
+
+// Without the image container the window lacks its icons and home button:
+// the user learns which file is missing instead of wondering.
+void reportMissingImageContainer()
+{
+    const PixmapManager* pictures = PixmapManager::theInstance();
+    if (pictures->hasContainer())
+        return;
+    MessageBoxRequest box;
+    box.icon = QMessageBox::Warning;
+    box.title = QStringLiteral("Fehler");
+    box.text = QStringLiteral("Die Bilddatei wurde nicht gefunden:\n")
+               + QString::fromLatin1(pictures->getContainerPath().c_str())
+               + QStringLiteral("\nDas Start-Center zeigt ohne sie keine Symbole.");
+    box.buttons = QMessageBox::Ok;
+    CrossPlatformApi::showMessageBox(box);
 }
 
 // Child programs inherit the library search path: the bundle's Frameworks
@@ -67,6 +82,25 @@ void reportShownWhenIdle()
                                    });
 }
 
+// While the application object connects to the display, Qt's messages about
+// it are held back: without a display the user gets one German line and exit
+// code 1 instead of Qt's English text and an abort.
+QtMessageHandler qtMessageHandler = nullptr;
+
+void reportMissingDisplay(QtMsgType type, const QMessageLogContext& context, const QString& message)
+{
+    if (type == QtFatalMsg) {
+        std::fputs(QStringLiteral("Start-Center: Keine grafische Anzeige verf\u00FCgbar, das Programm kann nicht "
+                                  "gestartet werden.\n")
+                       .toLocal8Bit()
+                       .constData(),
+                   stderr);
+        std::_Exit(1);
+    }
+    if (!QByteArray(context.category).startsWith("qt.qpa"))
+        qtMessageHandler(type, context, message);
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -76,7 +110,9 @@ int main(int argc, char** argv)
     QTranslator translator;
     (void)translator.load(QString::fromLatin1(cApplicationInfo::theInstance()->getFilenameInAppDir("qt_de.qm").c_str()));
 
+    qtMessageHandler = qInstallMessageHandler(reportMissingDisplay);
     QApplication application(argc, argv);
+    qInstallMessageHandler(qtMessageHandler);
     // Lets the desktop match the window to its desktop entry (Wayland app id).
     QGuiApplication::setDesktopFileName(QStringLiteral("de.marvendo.startcenter"));
 
@@ -100,7 +136,9 @@ int main(int argc, char** argv)
     appDir.setCWD();
 
     if (!openInstallationSettings())
-        refuseStart(QStringLiteral("Konfiguration nicht gefunden.\nDas Programm kann nicht gestartet werden."));
+        refuseStart(QStringLiteral("Konfiguration nicht gefunden.\nDas Programm kann nicht gestartet werden.\n"
+                                   "Gesucht wurde: ")
+                    + QString::fromLatin1(cApplicationInfo::theInstance()->getFilenameInAppDir("ORVKonf.ini").c_str()));
 
     exportLibrarySearchPath(contents);
     FolderManager::theInstance()->ensureFolderExists("<COMMONSETTINGS>");
@@ -108,6 +146,7 @@ int main(int argc, char** argv)
 
     PixmapManager::theInstance()->setInfoFile(
         cConfiguration::theInstance()->GetString("Application", "ImageInfoFile", "images.ini"));
+    reportMissingImageContainer();
 
     // Another instance runs: it learns of this start through the guard and
     // raises its window. A guard without shared memory does not stop us.
