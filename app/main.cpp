@@ -28,16 +28,22 @@ namespace {
 
 const char* const cszApplicationName = "Start-Center 2012";
 
-// A refusal to start: a critical box before any window exists, then the
-// process ends at once with exit code 0.
-[[noreturn]] void refuseStart(const QString& text)
+// A box of the start-up, titled "Fehler", before any window exists.
+void showStartUpBox(QMessageBox::Icon icon, const QString& text)
 {
     MessageBoxRequest box;
-    box.icon = QMessageBox::Critical;
+    box.icon = icon;
     box.title = QStringLiteral("Fehler");
     box.text = text;
     box.buttons = QMessageBox::Ok;
     CrossPlatformApi::showMessageBox(box);
+}
+
+// A refusal to start: a critical box, then the process ends at once with
+// exit code 0.
+[[noreturn]] void refuseStart(const QString& text)
+{
+    showStartUpBox(QMessageBox::Critical, text);
     std::exit(0);
 }
 
@@ -46,16 +52,10 @@ const char* const cszApplicationName = "Start-Center 2012";
 void reportMissingImageContainer()
 {
     const PixmapManager* pictures = PixmapManager::theInstance();
-    if (pictures->hasContainer())
-        return;
-    MessageBoxRequest box;
-    box.icon = QMessageBox::Warning;
-    box.title = QStringLiteral("Fehler");
-    box.text = QStringLiteral("Die Bilddatei wurde nicht gefunden:\n")
-               + QString::fromLatin1(pictures->getContainerPath().c_str())
-               + QStringLiteral("\nDas Start-Center zeigt ohne sie keine Symbole.");
-    box.buttons = QMessageBox::Ok;
-    CrossPlatformApi::showMessageBox(box);
+    if (!pictures->hasContainer())
+        showStartUpBox(QMessageBox::Warning, QStringLiteral("Die Bilddatei wurde nicht gefunden:\n")
+                                                 + QString::fromLatin1(pictures->getContainerPath().c_str())
+                                                 + QStringLiteral("\nDas Start-Center zeigt ohne sie keine Symbole."));
 }
 
 // Child programs inherit the library search path: the bundle's Frameworks
@@ -146,12 +146,13 @@ int main(int argc, char** argv)
 
     PixmapManager::theInstance()->setInfoFile(
         cConfiguration::theInstance()->GetString("Application", "ImageInfoFile", "images.ini"));
-    reportMissingImageContainer();
 
     // Another instance runs: it learns of this start through the guard and
     // raises its window. A guard without shared memory does not stop us.
     if (guard.isOperational() && !guard.isPrimaryInstance())
         return 0;
+
+    reportMissingImageContainer();
 
     SCAppStyle::installApplicationLook();
 

@@ -87,8 +87,8 @@ QString overviewFolder()
 {
     FolderManager::theInstance();   // defines the system folders
     const char* const symbolic = DMFileName::getGlobalFileEnvironment().hasSymbol("COMMONCACHE")
-                                     ? "<COMMONCACHE>/"
-                                     : "<SYS_LOCAL_CACHE>/Start-Center/";
+                                     ? "<COMMONCACHE>"
+                                     : "<SYS_LOCAL_CACHE>/Start-Center";
     const FilePath folder(DMFileName(symbolic).compose() + '/');
     folder.makeDir();
     return QString::fromLatin1(folder.getPath().c_str());

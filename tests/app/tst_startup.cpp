@@ -1,6 +1,7 @@
 #include "LauncherInstallation.h"
 #include "TestMain.h"
 
+#include <QDir>
 #include <QFile>
 #include <QTest>
 
@@ -76,10 +77,26 @@ private slots:
                              + installation.resourcesDir() + QStringLiteral("ORVKonf.ini")));
     }
 
-    void withoutDisplayOneGermanLine()
+    // A normal start prints nothing but what was switched on; without a
+    // display the launcher says so in one German line.
+    void consoleOutput()
     {
         LauncherInstallation installation;
         QVERIFY(installation.isReady());
+        // As in a desktop session, which has a private runtime folder.
+        const QString runtime = installation.root() + QStringLiteral("/runtime");
+        QVERIFY(QDir().mkpath(runtime));
+        QVERIFY(QFile::setPermissions(runtime, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+        const auto launcher = installation.start([&runtime](QProcessEnvironment& environment) {
+            environment.insert(QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("startcenter.startup.debug=true"));
+            environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtime);
+        });
+        QVERIFY2(launcher->waitForOutput("start-up complete\n"), launcher->output().constData());
+        QTest::qWait(1500);   // the start sound comes once the window is idle
+        QVERIFY(launcher->interrupt());
+        QCOMPARE(launcher->waitForExitCode(), 1);
+        QCOMPARE(launcher->output(), QByteArray("startcenter.startup: start-up complete\n"));
+
         const auto refused = installation.start([](QProcessEnvironment& environment) {
             for (const char* name : {"QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY"})
                 environment.remove(QLatin1String(name));

@@ -128,6 +128,7 @@ private slots:
         page.show();
         QVERIFY(writeCaseFile(QStringLiteral("a.est11"), "<Person>Anna</Person>"));
         // A file where the cache folder belongs.
+        QVERIFY(QDir(cacheFolder()).removeRecursively());
         QVERIFY(m_installation.writeFile(QStringLiteral("home/.cache/Start-Center"), "x"));
         page.setTaxFiles(m_folder, {QStringLiteral("a.est11")});
         page.show();

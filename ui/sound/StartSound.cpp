@@ -2,6 +2,7 @@
 // sound system it brings are loaded only when the sound is played, after the
 // window is on screen, not with every start of the launcher.
 
+#include <QAudioDevice>
 #include <QLoggingCategory>
 #include <QMediaDevices>
 #include <QSoundEffect>
