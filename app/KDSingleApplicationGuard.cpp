@@ -373,7 +373,7 @@ void KDSingleApplicationGuard::Private::start(const QStringList& arguments)
     }
     const QString name = QCoreApplication::applicationName();
     if (name.isEmpty()) {
-        qCWarning(lcGuard, "KDSingleApplicationGuard: QCoreApplication::applicationName must not be emty");
+        qCWarning(lcGuard, "KDSingleApplicationGuard: QCoreApplication::applicationName must not be empty");
         return;
     }
     qRegisterMetaType<Instance>("KDSingleApplicationGuard::Instance");
