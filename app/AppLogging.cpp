@@ -1,4 +1,3 @@
 #include "AppLogging.h"
 
 Q_LOGGING_CATEGORY(lcStartUp, "startcenter.startup", QtWarningMsg)
-Q_LOGGING_CATEGORY(lcGuard, "startcenter.guard", QtWarningMsg)

@@ -6,4 +6,3 @@
 // default, debug output when switched on, for example with
 // QT_LOGGING_RULES="startcenter.*.debug=true".
 Q_DECLARE_LOGGING_CATEGORY(lcStartUp)   // startcenter.startup
-Q_DECLARE_LOGGING_CATEGORY(lcGuard)     // startcenter.guard: the single-instance guard

@@ -1,5 +1,4 @@
 #include "KDSingleApplicationGuard.h"
-#include "AppLogging.h"
 #include "KDSingleApplicationGuard_p.h"
 
 #include <QBasicTimer>
@@ -68,7 +67,7 @@ QString startLockPath(const QSharedMemory& memory)
 
 void warnNotResponding()
 {
-    qCWarning(lcGuard, "KDSingleApplicationGuard: Instance not responding. ");
+    qWarning("KDSingleApplicationGuard: Instance not responding. ");
 }
 
 // Holds the register's lock for one operation. SIGINT stays blocked meanwhile,
@@ -195,7 +194,7 @@ void ProcessInfo::setArguments(const QStringList& arguments)
         // The length field, the bytes, and room for the end marker behind them.
         const qsizetype required = utf8.size() + 4;
         if (required > available || utf8.size() > 0xFFFF) {
-            qCWarning(lcGuard, "KDSingleApplicationGuard: argument list is too long (bytes required: %d, used: %d, available: %d",
+            qWarning("KDSingleApplicationGuard: argument list is too long (bytes required: %d, used: %d, available: %d",
                      int(required), used, available);
             end = PrematureEnd;
             break;
@@ -223,7 +222,7 @@ QStringList ProcessInfo::arguments(bool* truncated) const
         if (length == RegularEnd)
             break;
         if (length + 4 > ArgumentBytes - position) {
-            qCWarning(lcGuard, "KDSingleApplicationGuard: inconsistency detected when parsing command-line argument for process %lld",
+            qWarning("KDSingleApplicationGuard: inconsistency detected when parsing command-line argument for process %lld",
                      qlonglong(pid));
             *truncated = true;
             break;
@@ -367,13 +366,13 @@ KDSingleApplicationGuard* KDSingleApplicationGuard::Private::primaryInstance = n
 void KDSingleApplicationGuard::Private::start(const QStringList& arguments)
 {
     if (!QCoreApplication::instance()) {
-        qCWarning(lcGuard, "KDSingleApplicationGuard: you need to construct a Q(Core)Application before you can construct a "
+        qWarning("KDSingleApplicationGuard: you need to construct a Q(Core)Application before you can construct a "
                  "KDSingleApplicationGuard");
         return;
     }
     const QString name = QCoreApplication::applicationName();
     if (name.isEmpty()) {
-        qCWarning(lcGuard, "KDSingleApplicationGuard: QCoreApplication::applicationName must not be empty");
+        qWarning("KDSingleApplicationGuard: QCoreApplication::applicationName must not be emty");
         return;
     }
     qRegisterMetaType<Instance>("KDSingleApplicationGuard::Instance");
@@ -418,7 +417,7 @@ bool KDSingleApplicationGuard::Private::join(const QStringList& arguments)
         } else {
             id = registerIn(*reg, created, arguments);
             if (id == -1)
-                qCWarning(lcGuard, "KDSingleApplicationGuard: all %d slots of the instance register are taken",
+                qWarning("KDSingleApplicationGuard: all %d slots of the instance register are taken",
                          InstanceRegister::SlotCount);
         }
     }
@@ -463,7 +462,7 @@ bool KDSingleApplicationGuard::Private::openSegment(bool* created)
             notes += QStringLiteral("QSharedMemory::attach failed: %1\n").arg(memory.errorString());
         break;
     }
-    qCWarning(lcGuard, "%sKDSingleApplicationGuard: Could neither create nor attach to shared memory segment.\n",
+    qWarning("%sKDSingleApplicationGuard: Could neither create nor attach to shared memory segment.\n",
              qPrintable(notes));
     return false;
 }
@@ -492,7 +491,7 @@ bool KDSingleApplicationGuard::Private::awaitInitialisation()
         if (valid && version == InstanceRegister::LayoutVersion)
             return true;
         if (valid) {
-            qCWarning(lcGuard, "KDSingleApplicationGuard: Detected version mismatch. Highest supported version: %ud, actual "
+            qWarning("KDSingleApplicationGuard: Detected version mismatch. Highest supported version: %ud, actual "
                      "version: %ud",
                      InstanceRegister::LayoutVersion, version);
             return false;
@@ -650,7 +649,7 @@ bool KDSingleApplicationGuard::Private::checkOperational(const char* function, c
 {
     if (operational)
         return true;
-    qCWarning(lcGuard, "KDSingleApplicationGuard::%s: need to be operational to %s", function, purpose);
+    qWarning("KDSingleApplicationGuard::%s: need to be operational to %s", function, purpose);
     return false;
 }
 
@@ -660,7 +659,7 @@ bool KDSingleApplicationGuard::Private::checkPrimary(const char* function, const
         return false;
     if (id == 0)
         return true;
-    qCWarning(lcGuard, "KDSingleApplicationGuard::%s: need to be primary to %s", function, purpose);
+    qWarning("KDSingleApplicationGuard::%s: need to be primary to %s", function, purpose);
     return false;
 }
 
