@@ -1,6 +1,7 @@
 // The launcher's entry point: brings the program up in a fixed order, each
 // step relying on what the earlier ones set up.
 
+#include "AppLogging.h"
 #include "ApplicationInfo.h"
 #include "Configuration.h"
 #include "CrossPlatformApi.h"
@@ -16,7 +17,6 @@
 #include <QAbstractEventDispatcher>
 #include <QApplication>
 #include <QDir>
-#include <QLoggingCategory>
 #include <QTimer>
 #include <QTranslator>
 
@@ -24,23 +24,38 @@
 #include <cstdlib>
 #include <memory>
 
-Q_LOGGING_CATEGORY(lcStartUp, "startcenter.startup", QtWarningMsg)
-
 namespace {
 
 const char* const cszApplicationName = "Start-Center 2012";
 
-// A refusal to start: a critical box before any window exists, then the
-// process ends at once with exit code 0.
-[[noreturn]] void refuseStart(const QString& text)
+// A box of the start-up, titled "Fehler", before any window exists.
+void showStartUpBox(QMessageBox::Icon icon, const QString& text)
 {
     MessageBoxRequest box;
-    box.icon = QMessageBox::Critical;
+    box.icon = icon;
     box.title = QStringLiteral("Fehler");
     box.text = text;
     box.buttons = QMessageBox::Ok;
     CrossPlatformApi::showMessageBox(box);
+}
+
+// A refusal to start: a critical box, then the process ends at once with
+// exit code 0.
+[[noreturn]] void refuseStart(const QString& text)
+{
+    showStartUpBox(QMessageBox::Critical, text);
     std::exit(0);
+}
+
+// Without the image container the window lacks its icons and home button:
+// the user learns which file is missing instead of wondering.
+void reportMissingImageContainer()
+{
+    const PixmapManager* pictures = PixmapManager::theInstance();
+    if (!pictures->hasContainer())
+        showStartUpBox(QMessageBox::Warning, QStringLiteral("Die Bilddatei wurde nicht gefunden:\n")
+                                                 + QString::fromLatin1(pictures->getContainerPath().c_str())
+                                                 + QStringLiteral("\nDas Start-Center zeigt ohne sie keine Symbole."));
 }
 
 // Child programs inherit the library search path: the bundle's Frameworks
@@ -67,6 +82,25 @@ void reportShownWhenIdle()
                                    });
 }
 
+// While the application object connects to the display, Qt's messages about
+// it are held back: without a display the user gets one German line and exit
+// code 1 instead of Qt's English text and an abort.
+QtMessageHandler qtMessageHandler = nullptr;
+
+void reportMissingDisplay(QtMsgType type, const QMessageLogContext& context, const QString& message)
+{
+    if (type == QtFatalMsg) {
+        std::fputs(QStringLiteral("Start-Center: Keine grafische Anzeige verf\u00FCgbar, das Programm kann nicht "
+                                  "gestartet werden.\n")
+                       .toLocal8Bit()
+                       .constData(),
+                   stderr);
+        std::_Exit(1);
+    }
+    if (!QByteArray(context.category).startsWith("qt.qpa"))
+        qtMessageHandler(type, context, message);
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -76,7 +110,9 @@ int main(int argc, char** argv)
     QTranslator translator;
     (void)translator.load(QString::fromLatin1(cApplicationInfo::theInstance()->getFilenameInAppDir("qt_de.qm").c_str()));
 
+    qtMessageHandler = qInstallMessageHandler(reportMissingDisplay);
     QApplication application(argc, argv);
+    qInstallMessageHandler(qtMessageHandler);
     // Lets the desktop match the window to its desktop entry (Wayland app id).
     QGuiApplication::setDesktopFileName(QStringLiteral("de.marvendo.startcenter"));
 
@@ -100,7 +136,9 @@ int main(int argc, char** argv)
     appDir.setCWD();
 
     if (!openInstallationSettings())
-        refuseStart(QStringLiteral("Konfiguration nicht gefunden.\nDas Programm kann nicht gestartet werden."));
+        refuseStart(QStringLiteral("Konfiguration nicht gefunden.\nDas Programm kann nicht gestartet werden.\n"
+                                   "Gesucht wurde: ")
+                    + QString::fromLatin1(cApplicationInfo::theInstance()->getFilenameInAppDir("ORVKonf.ini").c_str()));
 
     exportLibrarySearchPath(contents);
     FolderManager::theInstance()->ensureFolderExists("<COMMONSETTINGS>");
@@ -113,6 +151,8 @@ int main(int argc, char** argv)
     // raises its window. A guard without shared memory does not stop us.
     if (guard.isOperational() && !guard.isPrimaryInstance())
         return 0;
+
+    reportMissingImageContainer();
 
     SCAppStyle::installApplicationLook();
 

@@ -1,6 +1,7 @@
 #include "CrossPlatformApi.h"
 
 #include "BundleInfo.h"
+#include "PlatformLogging.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -123,6 +124,15 @@ std::string commonAppDataFolder()
     return configured.empty() ? std::string("/var/tmp") : configured;
 }
 
+// A user folder of the XDG base directories: the variable when it holds an
+// absolute path (relative ones are invalid and ignored), else its default
+// below the home folder.
+std::string xdgFolder(const char* variable, const char* defaultBelowHome)
+{
+    const std::string configured = environment(variable);
+    return configured.empty() || configured.front() != '/' ? homeFolder() + defaultBelowHome : configured;
+}
+
 std::string nativeSystemFolder(int sysFolder)
 {
     switch (sysFolder) {
@@ -130,10 +140,14 @@ std::string nativeSystemFolder(int sysFolder)
         const std::string temp = environment("TMPDIR");
         return temp.empty() ? std::string("/tmp") : temp;
     }
-    case CrossPlatformApi::SysLocalAppData: {
-        const std::string data = environment("XDG_DATA_HOME");
-        return data.empty() || data.front() != '/' ? homeFolder() + "/.local/share" : data;
-    }
+    case CrossPlatformApi::SysLocalAppData:
+        return xdgFolder("XDG_DATA_HOME", "/.local/share");
+    case CrossPlatformApi::SysLocalConfig:
+        return xdgFolder("XDG_CONFIG_HOME", "/.config");
+    case CrossPlatformApi::SysLocalState:
+        return xdgFolder("XDG_STATE_HOME", "/.local/state");
+    case CrossPlatformApi::SysLocalCache:
+        return xdgFolder("XDG_CACHE_HOME", "/.cache");
     case CrossPlatformApi::SysCommonAppData:
         return commonAppDataFolder();
     case CrossPlatformApi::SysMyDocuments: {
@@ -443,9 +457,10 @@ bool CrossPlatformApi::localtime_s(struct tm& result, const long& time)
 
 void CrossPlatformApi::outputDebugString(const std::string& text)
 {
-    std::fputs(text.c_str(), stderr);
-    if (text.empty() || text.back() != '\n')
-        std::fputc('\n', stderr);
+    std::string line = text;
+    if (!line.empty() && line.back() == '\n')
+        line.pop_back();
+    qCDebug(lcPlatform, "%s", line.c_str());
 }
 
 std::string CrossPlatformApi::getSystemFolder(int sysFolder)

@@ -91,7 +91,10 @@ public:
         SysLocalAppData,    // $XDG_DATA_HOME
         SysCommonAppData,   // the folder shared by all users
         SysMyDocuments,     // the documents folder
-        SysProfile          // the home folder
+        SysProfile,         // the home folder
+        SysLocalConfig,     // $XDG_CONFIG_HOME
+        SysLocalState,      // $XDG_STATE_HOME
+        SysLocalCache       // $XDG_CACHE_HOME
     };
     // The folder without a trailing "/".
     static std::string getSystemFolder(int sysFolder);

@@ -270,7 +270,8 @@ bool FilePath::makeDir() const
         return true;
     if (!getParentPath().makeDir())
         return false;
-    return ::mkdir(native(folder).c_str(), 0777) == 0;
+    // The launcher's folders hold settings and tax data: private to the user.
+    return ::mkdir(native(folder).c_str(), 0700) == 0;
 }
 
 bool FilePath::makeRelativeTo(const FilePath& base)

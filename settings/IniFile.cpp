@@ -125,7 +125,8 @@ void removeStaleTemporaries(const std::string& target)
 
 // Writes the content to a new file beside the target and renames it over the
 // target, so that a failed write (full disk, unwritable folder) leaves the old
-// file as it was instead of truncated. The target keeps its permissions.
+// file as it was instead of truncated. The target keeps its permissions; a
+// new file is private to the user, as settings may name the user's cases.
 bool replaceFileContent(const std::string& path, const std::string& content)
 {
     const std::string target = writeTarget(CrossPlatformApi::fileSystemEncoding(path));
@@ -139,7 +140,7 @@ bool replaceFileContent(const std::string& path, const std::string& content)
     int fd = -1;
     for (int attempt = 0; attempt < 100 && fd < 0; ++attempt) {
         tempPath = temporaryPath(target, ::getpid(), counter++);
-        fd = ::open(tempPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        fd = ::open(tempPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
         if (fd < 0 && errno != EEXIST)
             return false;
     }

@@ -2,6 +2,9 @@
 
 #include "CrossPlatformApi.h"
 #include "DMDataFileInfo.h"
+#include "DMFileName.h"
+#include "FilePath.h"
+#include "FolderManager.h"
 
 #include <QDateTime>
 #include <QFileInfo>
@@ -78,6 +81,34 @@ QString caseFileValue(const DMDataFileInfo& info, const char* key, const QString
     return QString::fromLatin1(value.data(), qsizetype(value.size()));
 }
 
+// Generated documents go to the user's cache folder, the installation's
+// "<COMMONCACHE>", so that the case folder keeps only the user's own files.
+QString overviewFolder()
+{
+    FolderManager::theInstance();   // defines the system folders
+    const char* const symbolic = DMFileName::getGlobalFileEnvironment().hasSymbol("COMMONCACHE")
+                                     ? "<COMMONCACHE>"
+                                     : "<SYS_LOCAL_CACHE>/Start-Center";
+    const FilePath folder(DMFileName(symbolic).compose() + '/');
+    folder.makeDir();
+    return QString::fromLatin1(folder.getPath().c_str());
+}
+
+// The document is Latin-1: every other character goes in as a numeric
+// character reference, so that no name or comment loses a letter.
+QByteArray latin1WithCharacterReferences(const QString& text)
+{
+    QByteArray bytes;
+    bytes.reserve(text.size());
+    for (const char32_t c : text.toUcs4()) {
+        if (c <= 0xFF)
+            bytes += char(c);
+        else
+            bytes += "&#" + QByteArray::number(uint(c)) + ';';
+    }
+    return bytes;
+}
+
 } // namespace
 
 OverviewPage::OverviewPage() = default;
@@ -106,18 +137,20 @@ void OverviewPage::show()
                     QStringLiteral("Im aktuellen Verzeichnis befinden sich keine Dateien dieses Modus."));
             return;
         }
-        m_file.setFileName(m_folder + m_caption + QStringLiteral(".html"));
-        if (!m_file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text)) {
+        m_file.setFileName(overviewFolder() + m_caption + QStringLiteral(".html"));
+        if (!m_file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text,
+                         QFileDevice::ReadOwner | QFileDevice::WriteOwner)) {
             QGuiApplication::restoreOverrideCursor();
             showBox(QMessageBox::Critical, overviewTitle,
                     QStringLiteral("Die HTML-Datei zur Steuerfall-Übersicht konnte nicht erstellt werden!"));
             return;
         }
-        m_stream.setDevice(&m_file);
-        m_stream.setEncoding(QStringConverter::Latin1);
+        QString document;
+        m_stream.setString(&document);
         writeHTML();
         m_stream.flush();
         m_stream.setDevice(nullptr);
+        m_file.write(latin1WithCharacterReferences(document));
         m_file.close();
         m_writeNeeded = false;
     }

@@ -7,8 +7,8 @@
 
 // The printable overview of the case files of a mode: an HTML document with
 // one table row per file (name and creation time, the persons of the case,
-// the user's comment), written into the working folder and opened in the
-// web browser.
+// the user's comment), written into the user's cache folder and opened in
+// the web browser.
 //
 // Nothing taken from the files may run in the browser: names and the folder
 // are written with every "<", ">" and "&" as an entity, and the values read
@@ -24,7 +24,7 @@ public:
     // folder ends with its separator; fileNames carry their extensions.
     void setTaxFiles(const QString& folder, const QStringList& fileNames);
     // The mode's page heading; it also names the document,
-    // <folder><caption>.html.
+    // <cache folder><caption>.html.
     void setCaption(const QString& caption);
 
     // Writes the document unless it is up to date, and opens it. Failures

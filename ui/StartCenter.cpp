@@ -10,6 +10,7 @@
 #include "OnlineUpdate.h"
 #include "OptionsDialog.h"
 #include "SelectionButton.h"
+#include "UiLogging.h"
 #include "WordWrap.h"
 
 #include <QAbstractButton>
@@ -20,13 +21,10 @@
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QLibrary>
-#include <QLoggingCategory>
 #include <QScreen>
 
 #include <functional>
 #include <memory>
-
-Q_LOGGING_CATEGORY(lcMainWindow, "startcenter.mainwindow", QtWarningMsg)
 
 namespace {
 

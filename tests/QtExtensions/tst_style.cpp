@@ -178,8 +178,8 @@ private slots:
 
         // Missing colours are reported, once, all of them while the palette is built.
         QVERIFY(!install.messages.isEmpty());
-        QVERIFY(install.messages.contains(
-            "Color Manager|Die Farbe >>DefaultControlBkg<< wurde nicht gefunden"));
+        QVERIFY(install.messages.contains("Color Manager|Die Farbe >>DefaultControlBkg<< wurde nicht gefunden\nFarbdatei: "
+                                          + install.colorFile()));
         QCOMPARE(install.messages.removeDuplicates(), 0);
         const int reported = int(install.messages.size());
         QCOMPARE(style->standardPalette(), palette);

@@ -9,6 +9,7 @@
 #include <QProcess>
 #include <QRegularExpression>
 
+#include <functional>
 #include <memory>
 
 #include <signal.h>
@@ -102,12 +103,15 @@ public:
                   && copyFolder(QFileInfo(QStringLiteral(SC_LAUNCHER_PATH)).path(), QFileInfo(executablePath()).path());
     }
     bool isReady() const { return m_ready; }
-    std::unique_ptr<LauncherProcess> start() const
+    // adjust may change the environment the launcher gets.
+    std::unique_ptr<LauncherProcess> start(const std::function<void(QProcessEnvironment&)>& adjust = {}) const
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
         environment.insert(QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("startcenter.*.debug=true"));
         environment.insert(QStringLiteral("SC_MESSAGE_BOX_LOG"), boxLogPath());
+        if (adjust)
+            adjust(environment);
         return std::make_unique<LauncherProcess>(executablePath(), environment);
     }
     // The boxes of all launchers of this installation so far, "title|text"

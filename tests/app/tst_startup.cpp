@@ -1,6 +1,7 @@
 #include "LauncherInstallation.h"
 #include "TestMain.h"
 
+#include <QDir>
 #include <QFile>
 #include <QTest>
 
@@ -49,15 +50,61 @@ private slots:
         QCOMPARE(installation.boxes(), QStringList());
     }
 
-    void missingConfigurationIsRefused()
+    // A missing file is named in its box: the image container only warns,
+    // the configuration refuses the start.
+    void missingFilesAreNamed()
     {
+        {
+            LauncherInstallation installation;
+            QVERIFY(installation.isReady());
+            const QString container = installation.resourcesDir() + QStringLiteral("media/images_mac.cnt");
+            QVERIFY(QFile::remove(container));
+            const auto launcher = installation.start();
+            QVERIFY2(launcher->waitForOutput("start-up complete"), launcher->output().constData());
+            QCOMPARE(installation.boxes(), QStringList(QStringLiteral("Fehler|Die Bilddatei wurde nicht gefunden:\\n")
+                                                       + container
+                                                       + QStringLiteral("\\nDas Start-Center zeigt ohne sie keine Symbole.")));
+        }
+
         LauncherInstallation installation;
         QVERIFY(installation.isReady());
         QVERIFY(QFile::remove(installation.resourcesDir() + QStringLiteral("ORVKonf.ini")));
         const auto refused = installation.start();
         QCOMPARE(refused->waitForExitCode(), 0);
         QCOMPARE(installation.boxes(),
-                 QStringList(QStringLiteral("Fehler|Konfiguration nicht gefunden.\\nDas Programm kann nicht gestartet werden.")));
+                 QStringList(QStringLiteral("Fehler|Konfiguration nicht gefunden.\\nDas Programm kann nicht gestartet werden."
+                                            "\\nGesucht wurde: ")
+                             + installation.resourcesDir() + QStringLiteral("ORVKonf.ini")));
+    }
+
+    // A normal start prints nothing but what was switched on; without a
+    // display the launcher says so in one German line.
+    void consoleOutput()
+    {
+        LauncherInstallation installation;
+        QVERIFY(installation.isReady());
+        // As in a desktop session, which has a private runtime folder.
+        const QString runtime = installation.root() + QStringLiteral("/runtime");
+        QVERIFY(QDir().mkpath(runtime));
+        QVERIFY(QFile::setPermissions(runtime, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+        const auto launcher = installation.start([&runtime](QProcessEnvironment& environment) {
+            environment.insert(QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("startcenter.startup.debug=true"));
+            environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtime);
+        });
+        QVERIFY2(launcher->waitForOutput("start-up complete\n"), launcher->output().constData());
+        QTest::qWait(1500);   // the start sound comes once the window is idle
+        QVERIFY(launcher->interrupt());
+        QCOMPARE(launcher->waitForExitCode(), 1);
+        QCOMPARE(launcher->output(), QByteArray("startcenter.startup: start-up complete\n"));
+
+        const auto refused = installation.start([](QProcessEnvironment& environment) {
+            for (const char* name : {"QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY"})
+                environment.remove(QLatin1String(name));
+        });
+        QCOMPARE(refused->waitForExitCode(), 1);
+        const QString output = QString::fromLocal8Bit(refused->output());
+        QVERIFY2(output.startsWith(QLatin1String("Start-Center: Keine grafische Anzeige")) && output.count('\n') == 1,
+                 qPrintable(output));
     }
 };
 

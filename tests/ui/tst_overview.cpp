@@ -5,6 +5,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QGuiApplication>
 #include <QRegularExpression>
 #include <QTest>
@@ -22,7 +23,9 @@ private:
         return m_installation.writeFile(m_folder.mid(m_installation.root().size() + 1) + name, content);
     }
 
-    QString documentPath() const { return m_folder + QStringLiteral("Steuererklärungen 2011.html"); }
+    // The document lies in the user's cache folder, not among the case files.
+    QString cacheFolder() const { return qEnvironmentVariable("XDG_CACHE_HOME") + QStringLiteral("/Start-Center/"); }
+    QString documentPath() const { return cacheFolder() + QStringLiteral("Steuererklärungen 2011.html"); }
 
     QByteArray document() const
     {
@@ -39,6 +42,7 @@ private:
 private slots:
     void init()
     {
+        resetSettingsSingletons();
         m_folder = m_installation.root() + QStringLiteral("/Fälle & <Co>/");
         QDir(m_folder).removeRecursively();
         QVERIFY(QDir().mkpath(m_folder));
@@ -67,10 +71,12 @@ private slots:
         QVERIFY(writeCaseFile(QStringLiteral("Kaputt.est11"), QByteArray("\x00\x01\xFF", 3)));
         QVERIFY(writeCaseFile(hostile, "<Person><script>alert(1)</script></Person>"
                                        "<Kommentar><b onclick=x>a</b><br/> 1 < 2</Kommentar>"));
+        const QString foreign = QStringLiteral("\u0141ukasz Dvo\u0159\u00E1k \u20AC-Test \U0001F600.est11");
+        QVERIFY(writeCaseFile(foreign, "<Person>?</Person>"));
 
         OverviewPage page;
         page.setTaxFiles(m_folder, {QStringLiteral("Müller 2011.est11"), QStringLiteral("Fehlt.est11"),
-                                    QStringLiteral("Leer.est11"), QStringLiteral("Kaputt.est11"), hostile});
+                                    QStringLiteral("Leer.est11"), QStringLiteral("Kaputt.est11"), hostile, foreign});
         page.setCaption(QStringLiteral("Steuererklärungen 2011"));
         page.show();
         QCOMPARE(m_boxes->boxes, QStringList());
@@ -83,10 +89,16 @@ private slots:
         QVERIFY(!html.contains('\n') && !html.contains('\r'));
         QVERIFY(html.contains("<H3>&Uuml;bersicht der Steuererkl&auml;rungen 2011</H3><HR><P><B>Verzeichnis:</B> "
                               + folder + "</P><TABLE "));
-        QVERIFY(html.contains("Datei: " + folder + "Steuererkl&auml;rungen 2011.html<BR>Erstellt am "));
+        QVERIFY(html.contains("Datei: " + QFile::encodeName(cacheFolder())
+                              + "Steuererkl&auml;rungen 2011.html<BR>Erstellt am "));
+        // Characters beyond Latin-1 as numeric references, Latin-1 ones as bytes.
+        QVERIFY(html.contains("<TD>&#321;ukasz Dvo&#345;\xE1k &#8364;-Test &#128512;.est11<BR>"));
+        QCOMPARE(QDir(m_folder).entryList(QDir::Files).size(), 5);   // the case folder gets nothing
+        QCOMPARE(QFileInfo(documentPath()).permissions(),
+                 QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser);
 
         // Rows in list order: none for a missing file, only the name for an unreadable one.
-        QCOMPARE(html.count("<TR VALIGN=top>"), 4);
+        QCOMPARE(html.count("<TR VALIGN=top>"), 5);
         const QString created = QStringLiteral("<BR><FONT SIZE=1>\\(\\d\\d\\.\\d\\d\\.\\d{4} \\d\\d:\\d\\d\\)</FONT></TD>");
         const QRegularExpression rows(
             "<TR VALIGN=top><TD>Müller 2011.est11" + created
@@ -96,7 +108,7 @@ private slots:
               "<TR VALIGN=top><TD>Kaputt.est11" + created
             + "<TR VALIGN=top><TD>&lt;img src=x onerror=alert\\(1\\)&gt;.est11" + created
             + "<TD>&lt;script&gt;alert\\(1\\)&lt;/script&gt;</TD><TD>&lt;b onclick=x&gt;a</b>&lt;br/&gt; 1 &lt; 2</TD>"
-              "</TR></TABLE>");
+              "</TR><TR VALIGN=top>");
         QVERIFY(rows.match(QString::fromLatin1(html)).hasMatch());
 
         // Written again only for new files.
@@ -115,8 +127,12 @@ private slots:
         page.setTaxFiles(m_folder, {});
         page.show();
         QVERIFY(writeCaseFile(QStringLiteral("a.est11"), "<Person>Anna</Person>"));
-        page.setTaxFiles(m_folder + QStringLiteral("fehlt/"), {QStringLiteral("a.est11")});
+        // A file where the cache folder belongs.
+        QVERIFY(QDir(cacheFolder()).removeRecursively());
+        QVERIFY(m_installation.writeFile(QStringLiteral("home/.cache/Start-Center"), "x"));
+        page.setTaxFiles(m_folder, {QStringLiteral("a.est11")});
         page.show();
+        QVERIFY(QFile::remove(m_installation.home() + QStringLiteral("/.cache/Start-Center")));
         QVERIFY(m_opened.isEmpty());
         m_browserInstalled = false;
         page.setTaxFiles(m_folder, {QStringLiteral("a.est11")});
