@@ -5,6 +5,7 @@
 #include "Configuration.h"
 #include "CrossPlatformApi.h"
 #include "FilePath.h"
+#include "FirstPaint.h"
 #include "FolderManager.h"
 #include "KDSingleApplicationGuard.h"
 #include "NvWinIni.h"
@@ -13,7 +14,6 @@
 #include "SharedHelpers.h"
 #include "StartCenter.h"
 
-#include <QAbstractEventDispatcher>
 #include <QApplication>
 #include <QDir>
 #include <QLoggingCategory>
@@ -22,7 +22,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <memory>
 
 Q_LOGGING_CATEGORY(lcStartUp, "startcenter.startup", QtWarningMsg)
 
@@ -55,16 +54,13 @@ void exportLibrarySearchPath(const QDir& contents)
 }
 
 // For the start-up benchmark only: one line on the standard output once the
-// window is shown and the event loop has nothing left to do.
-void reportShownWhenIdle()
+// window's first frame is painted.
+void reportShownAfterFirstPaint(QWidget* window)
 {
-    auto connection = std::make_shared<QMetaObject::Connection>();
-    *connection = QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock,
-                                   [connection] {
-                                       QObject::disconnect(*connection);
-                                       std::fputs("shown\n", stdout);
-                                       std::fflush(stdout);
-                                   });
+    runAfterFirstPaint(window, [] {
+        std::fputs("shown\n", stdout);
+        std::fflush(stdout);
+    });
 }
 
 } // namespace
@@ -126,6 +122,6 @@ int main(int argc, char** argv)
 
     QTimer::singleShot(0, [] { qCDebug(lcStartUp) << "start-up complete"; });
     if (qEnvironmentVariableIsSet("SC_BENCH_REPORT_SHOWN"))
-        reportShownWhenIdle();
+        reportShownAfterFirstPaint(&mainWindow);
     return QApplication::exec();
 }

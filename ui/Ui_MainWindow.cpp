@@ -242,11 +242,8 @@ void Ui_MainWindow::setupUi(QMainWindow* window, int edition)
     window->setFixedSize(metric(SCAppStyle::PM_MainWindowWidth), metric(SCAppStyle::PM_MainWindowHeight));
     QMetaObject::connectSlotsByName(window);
 
-    for (int mode = 0; mode < ModeCount; ++mode) {
-        m_pages[mode] = modes[mode].createPage(m_centerStack);
-        m_pages[mode]->setObjectName(QLatin1String(modes[mode].pageName));
-        connectActionPage(m_pages[mode]);
-    }
+    // The pages are built when first shown (buildPage): the window starts
+    // with the page of its mode only.
     initAnimation();
 }
 
@@ -466,41 +463,59 @@ void Ui_MainWindow::connectActionPage(ActionPage* page)
             qOverload<const QString&>(&StartCenter::startConvert));
 }
 
-// Every page waits below the visible area; the state of the chosen mode
-// lifts its page into place, and leaving that state lets it slide back.
+// One state per mode in a group; the chosen mode's state lifts its page into
+// place, and leaving that state lets the page slide back (animatePage).
 void Ui_MainWindow::initAnimation()
 {
-    const int width = metric(SCAppStyle::PM_PageWidth);
-    const int height = metric(SCAppStyle::PM_PageHeight);
-
     m_stateMachine = new QStateMachine(this);
     m_stateMachine->setGlobalRestorePolicy(QState::RestoreProperties);
     m_modeStateGroup = new QState(m_stateMachine);
     m_modeStateGroup->setObjectName(QStringLiteral("modeStateGroup"));
 
     for (int mode = 0; mode < ModeCount; ++mode) {
-        ActionPage* page = m_pages[mode];
-        page->setGeometry(0, height + 10, width, height);
-
         m_pageStates[mode] = new QState(m_modeStateGroup);
-        m_pageStates[mode]->assignProperty(page, "geometry", QRect(0, 0, width, height));
         m_modeStateGroup->addTransition(this, modes[mode].pageSignal, m_pageStates[mode]);
-
-        auto* animation = new QPropertyAnimation(page, "geometry", m_stateMachine);
-        animation->setEasingCurve(QEasingCurve::OutQuad);
-        animation->setDuration(pageSlideDurationMs);
-        m_stateMachine->addDefaultAnimation(animation);
+        if (m_pages[mode])
+            animatePage(mode);
     }
     m_modeStateGroup->setInitialState(m_pageStates[ModeNormal]);
     m_stateMachine->setInitialState(m_modeStateGroup);
     m_stateMachine->start();
 }
 
+// The page waits below the visible area until its mode's state lifts it.
+void Ui_MainWindow::animatePage(int mode)
+{
+    const int width = metric(SCAppStyle::PM_PageWidth);
+    const int height = metric(SCAppStyle::PM_PageHeight);
+    ActionPage* page = m_pages[mode];
+    page->setGeometry(0, height + 10, width, height);
+    m_pageStates[mode]->assignProperty(page, "geometry", QRect(0, 0, width, height));
+
+    auto* animation = new QPropertyAnimation(page, "geometry", m_stateMachine);
+    animation->setEasingCurve(QEasingCurve::OutQuad);
+    animation->setDuration(pageSlideDurationMs);
+    m_stateMachine->addDefaultAnimation(animation);
+}
+
+ActionPage* Ui_MainWindow::buildPage(int mode)
+{
+    if (!m_pages[mode]) {
+        m_pages[mode] = modes[mode].createPage(m_centerStack);
+        m_pages[mode]->setObjectName(QLatin1String(modes[mode].pageName));
+        connectActionPage(m_pages[mode]);
+        animatePage(mode);
+        // A child added to a window on screen is not shown with it.
+        m_pages[mode]->show();
+    }
+    return m_pages[mode];
+}
+
 void Ui_MainWindow::showMode(int mode)
 {
     if (mode < 0 || mode >= ModeCount)
         return;
-    m_pages[mode]->updateUI();
+    buildPage(mode)->updateUI();
     emit (this->*modes[mode].pageSignal)();
     m_modeButtons[mode]->setChecked(true);
     m_modeStateGroup->setInitialState(m_pageStates[mode]);

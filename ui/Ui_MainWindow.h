@@ -65,6 +65,7 @@ public:
     void showModeEinurVor() { showMode(ModeEinurVor); }
     void showModeFest() { showMode(ModeFest); }
 
+    // The mode's page; null until the mode was first shown.
     ActionPage* page(int mode) const;
     SelectionButton* modeButton(int mode) const;
 
@@ -81,6 +82,9 @@ private:
     // The tool bar's extra action of the edition, if it has one.
     QAction* editionAction() const;
     int metric(int customMetric) const;
+    // The mode's page, built and connected on the first call.
+    ActionPage* buildPage(int mode);
+    void animatePage(int mode);
 
     StartCenter* m_window = nullptr;
     int m_edition = 0;

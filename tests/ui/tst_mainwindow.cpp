@@ -14,10 +14,12 @@
 #include <QLabel>
 #include <QMenu>
 #include <QRegularExpression>
+#include <QScopeGuard>
 #include <QTest>
 #include <QTimer>
 #include <QToolBar>
 #include <QToolButton>
+#include <QTreeWidget>
 
 #include <memory>
 #include <set>
@@ -68,6 +70,36 @@ QStringList objectNames(const QList<QAction*>& actions)
 }
 
 const QStringList startNew{QStringLiteral("-n")};
+
+// What a page shows: the texts, enabled and visible states of its labels and
+// buttons, and the rows of its lists.
+QStringList pageContent(const ActionPage* page)
+{
+    QStringList content;
+    const auto state = [](const QWidget* widget) {
+        return QStringLiteral("%1/%2").arg(widget->isEnabled()).arg(widget->isVisible());
+    };
+    for (const QLabel* label : page->findChildren<QLabel*>())
+        content << label->objectName() + QLatin1Char(':') + label->text() + state(label);
+    for (const QAbstractButton* button : page->findChildren<QAbstractButton*>())
+        content << button->objectName() + QLatin1Char(':') + button->text() + state(button);
+    for (const QTreeWidget* tree : page->findChildren<QTreeWidget*>())
+        for (int row = 0; row < tree->topLevelItemCount(); ++row)
+            content << tree->topLevelItem(row)->text(0);
+    return content;
+}
+
+class PaintCounter : public QObject
+{
+public:
+    int count = 0;
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        if (event->type() == QEvent::Paint)
+            ++count;
+        return false;
+    }
+};
 
 } // namespace
 
@@ -182,7 +214,7 @@ private slots:
         }
         // The chosen page slides up into view, the page left slides back down.
         QTRY_COMPARE(modePage(*window, 4)->geometry(), visible);
-        for (int mode : {0, 1, 2, 3, 5})
+        for (int mode : {0, 1, 2, 3})
             QTRY_VERIFY(modePage(*window, mode)->y() >= visible.height());
 
         // The unconfigured mode is reported and the current one kept.
@@ -191,6 +223,82 @@ private slots:
         QVERIFY2(m_boxes->boxes.takeFirst().startsWith(QStringLiteral("Fehler|")), "box title");
         QCOMPARE(checkedMode(*window), 4);
         QCOMPARE(currentModus(), std::string("einurvor"));
+        QVERIFY(!modePage(*window, 5));   // never shown, never built
+    }
+
+    // Only the shown page is built at start; every other one is built when
+    // its mode is first chosen, and then looks as if built at start.
+    void pagesBuiltOnFirstUseMatchPagesBuiltAtStart()
+    {
+        const auto window = shownWindow();
+        QVERIFY(window);
+        for (int mode = 1; mode < 6; ++mode)
+            QVERIFY2(!modePage(*window, mode), pageNames[mode]);
+
+        for (int mode = 1; mode < 6; ++mode) {
+            QTest::mouseClick(modeButton(*window, mode), Qt::LeftButton);
+            ActionPage* built = modePage(*window, mode);
+            QVERIFY(built);
+            QVERIFY(built->isVisibleTo(window.get()));
+            QTRY_COMPARE(built->geometry(), QRect(QPoint(), built->size()));
+
+            QVERIFY(setUserSetting("Modus", QByteArray::number(mode).constData()));
+            const auto atStart = shownWindow();
+            QVERIFY(atStart);
+            ActionPage* expected = modePage(*atStart, mode);
+            QVERIFY(expected);
+            QTRY_COMPARE(expected->geometry(), built->geometry());
+            QTRY_COMPARE(pageContent(built), pageContent(expected));
+            QCOMPARE(built->recommendedAction(), expected->recommendedAction());
+        }
+    }
+
+    // The start sound waits for the window's first frame, and plays only
+    // when the installation names an existing sound file and the user wants
+    // it.
+    void startSoundPlaysOnlyAfterTheFirstFrame()
+    {
+        QVERIFY(m_install->writeResource(QStringLiteral("sounds/start.wav"), "RIFF"));
+        struct Play
+        {
+            QString path;
+            bool afterFirstFrame;
+        };
+        QList<Play> plays;
+        PaintCounter paints;
+        const StartCenter::StartSoundPlayer previous = StartCenter::setStartSoundPlayer(
+            [&](const QString& path, QObject*) { plays.append({path, paints.count > 0}); });
+        const auto restorePlayer = qScopeGuard([&] { StartCenter::setStartSoundPlayer(previous); });
+
+        {
+            StartCenter window(nullptr, Qt::WindowFlags());
+            window.installEventFilter(&paints);
+            QTest::qWait(50);
+            QVERIFY(plays.isEmpty());   // not while the window is not on screen
+            window.show();
+            QTRY_COMPARE(plays.size(), 1);
+            QVERIFY(plays.first().afterFirstFrame);
+            QCOMPARE(QFileInfo(plays.first().path).canonicalFilePath(),
+                     QFileInfo(m_install->resourcesDir() + QStringLiteral("sounds/start.wav")).canonicalFilePath());
+            window.update();
+            QTest::qWait(50);
+            QCOMPARE(plays.size(), 1);   // once per start, not per frame
+        }
+
+        const auto startsWithoutSound = [&] {
+            plays.clear();
+            const auto window = shownWindow();
+            QTest::qWait(50);
+            return window && plays.isEmpty();
+        };
+        QVERIFY(QFile::remove(m_install->resourcesDir() + QStringLiteral("sounds/start.wav")));
+        QVERIFY(startsWithoutSound());
+        QVERIFY(m_install->writeResource(QStringLiteral("sounds/start.wav"), "RIFF"));
+        QVERIFY(cNvWinIni::theInstance()->WriteString("Sounds", "StartJingle", "0"));
+        QVERIFY(startsWithoutSound());
+        QVERIFY(cNvWinIni::theInstance()->WriteString("Sounds", "StartJingle", "1"));
+        QVERIFY(configure("StartCenter", ""));
+        QVERIFY(startsWithoutSound());
     }
 
     void selectionButtonLayout()
