@@ -123,6 +123,30 @@ private:
     std::optional<QIcon> m_icon;
 };
 
+// Word-wraps an action's tool tip when a tool button first shows it, not
+// for every action at start: most tips are never looked at. Until then the
+// action carries the unwrapped text.
+class ToolTipWrapper : public QObject
+{
+public:
+    using QObject::QObject;
+    static constexpr const char* pendingProperty = "toolTipToWrap";
+
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() != QEvent::ToolTip)
+            return false;
+        auto* button = qobject_cast<QToolButton*>(watched);
+        QAction* action = button ? button->defaultAction() : nullptr;
+        if (action && action->property(pendingProperty).toBool()) {
+            action->setProperty(pendingProperty, QVariant());
+            // The button takes the new text over at once, before it shows it.
+            action->setToolTip(StartCenter::doWordWrap(action->toolTip(), toolTipWidth, button->window()->font(), false));
+        }
+        return false;
+    }
+};
+
 QString helpText(const QString& key)
 {
     return configText("StartCenter.HelpText", key.toLatin1().constData());
@@ -195,8 +219,7 @@ void Ui_MainWindow::setupUi(QMainWindow* window, int edition)
     m_header = new QLabel(m_centralWidget);
     m_header->setObjectName(QStringLiteral("Header"));
     m_header->setFixedSize(metric(SCAppStyle::PM_HeaderPictureWidth), metric(SCAppStyle::PM_HeaderPictureHeight));
-    m_header->setScaledContents(true);
-    m_header->setPixmap(picture("Header", "sc_header"));
+    updateUi();
     m_mainLayout->addWidget(m_header);
 
     m_centralLayout = new QHBoxLayout();
@@ -287,9 +310,14 @@ void Ui_MainWindow::retranslateUi(QMainWindow* window, bool withToolTips)
     }
 }
 
+// The picture fills the header. Only a picture of another size is scaled:
+// scaling converts and copies the picture at its first paint, which a
+// picture shipped at the header's size does not need.
 void Ui_MainWindow::updateUi()
 {
-    m_header->setPixmap(picture("Header", "sc_header"));
+    const QPixmap header = picture("Header", "sc_header");
+    m_header->setScaledContents(header.size() != m_header->size());
+    m_header->setPixmap(header);
 }
 
 QAction* Ui_MainWindow::newAction(const char* objectName, const char* iconName)
@@ -387,6 +415,9 @@ void Ui_MainWindow::createToolBar(QMainWindow* window)
     const QList<QToolButton*> buttons = m_toolBar->findChildren<QToolButton*>();
     for (qsizetype i = 1; i < buttons.size(); ++i)
         buttons.at(i)->setPopupMode(QToolButton::InstantPopup);
+    auto* toolTipWrapper = new ToolTipWrapper(m_toolBar);
+    for (QToolButton* button : buttons)
+        button->installEventFilter(toolTipWrapper);
 
     QPalette palette = m_toolBar->palette();
     palette.setColor(QPalette::Button, SCColors::getColor(SCColors::keyToolbarGradientTop, QColor(68, 122, 210)));
@@ -449,7 +480,8 @@ void Ui_MainWindow::assignToolTip(QWidget* widget, const QString& key)
 
 void Ui_MainWindow::assignToolTip(QAction* action, const QString& key)
 {
-    action->setToolTip(StartCenter::doWordWrap(helpText(key), toolTipWidth, m_window->font(), false));
+    action->setToolTip(helpText(key));
+    action->setProperty(ToolTipWrapper::pendingProperty, true);
 }
 
 void Ui_MainWindow::connectActionPage(ActionPage* page)

@@ -50,7 +50,8 @@ public:
     void createSelectionButtons();
     SelectionButton* createModusButton(const QString& objectName, const QString& iconName);
     void addDivider(QLayout* layout);
-    // Text of "StartCenter.HelpText"/key; an action's text is wrapped to 210 pixels.
+    // Text of "StartCenter.HelpText"/key; an action's text is wrapped to 210
+    // pixels in the window font when a tool button first shows it.
     void assignToolTip(QWidget* widget, const QString& key);
     void assignToolTip(QAction* action, const QString& key);
     void connectActionPage(ActionPage* page);

@@ -11,6 +11,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QFontMetrics>
+#include <QHelpEvent>
 #include <QLabel>
 #include <QMenu>
 #include <QRegularExpression>
@@ -409,8 +410,19 @@ private slots:
         };
         QCOMPARE(modeButton(*window, 3)->toolTip(), helpText("einur"));
 
-        // Action tips are wrapped to 210 pixels in the window font.
-        const QString options = window->findChild<QAction*>(QStringLiteral("actionOptionen"))->toolTip();
+        // Action tips are wrapped to 210 pixels in the window font, once a
+        // tool button is about to show them.
+        auto* optionsAction = window->findChild<QAction*>(QStringLiteral("actionOptionen"));
+        QCOMPARE(optionsAction->toolTip(), helpText("Konfiguration"));
+        QToolButton* optionsButton = nullptr;
+        for (QToolButton* button : window->findChild<QToolBar*>()->findChildren<QToolButton*>())
+            if (button->defaultAction() == optionsAction)
+                optionsButton = button;
+        QVERIFY(optionsButton);
+        QHelpEvent hover(QEvent::ToolTip, QPoint(4, 4), optionsButton->mapToGlobal(QPoint(4, 4)));
+        QCoreApplication::sendEvent(optionsButton, &hover);
+        const QString options = optionsAction->toolTip();
+        QCOMPARE(optionsButton->toolTip(), options);
         QCOMPARE(QString(options).remove(QLatin1Char('\n')).remove(QLatin1Char(' ')),
                  helpText("Konfiguration").remove(QLatin1Char(' ')));
         QVERIFY(options.count(QLatin1Char('\n')) >= 2);
