@@ -3,8 +3,8 @@
 // side by side with two plain Qt programs started the same way, one showing
 // an empty QMainWindow and one showing the launcher's visible content built
 // the obvious way; offscreen, and under X11 as well when a display is set
-// (run it under xvfb-run). Then the memory of the three, half a second after
-// the first frame (the launcher's start sound is loaded by then), and, in
+// (run it under xvfb-run). Then the memory of the three at the first frame
+// and half a second later (the launcher's start sound is loaded by then), and, in
 // this process, the time of one mode switch (click handler with the page
 // refresh).
 //
@@ -59,7 +59,8 @@ struct Memory
 struct StartRun
 {
     double ms = 0;
-    Memory memory;
+    Memory atFirstFrame;
+    Memory memory;   // settled: what the program loads after its first frame included
 };
 
 // The folders a program of the suite uses, all below home.
@@ -135,6 +136,7 @@ std::optional<StartRun> startUntilShown(const QString& program, const QStringLis
     }
     StartRun run;
     run.ms = double(timer.nsecsElapsed()) / 1e6;
+    run.atFirstFrame = memoryOf(process.processId());
     QThread::msleep(settleMs);
     run.memory = memoryOf(process.processId());
 
@@ -204,6 +206,8 @@ bool compareStartUp(const QString& home, const QString& platform, const char* pr
         printMemory("startup_rss_content", launcher, content, peak);
         printMemory("startup_pss_content", launcher, content, proportional);
         printMemory("startup_anon_content", launcher, content, anonymous);
+        printMemory("startup_rss_first_frame_content", launcher, content,
+                    [](const StartRun& run) { return run.atFirstFrame.peakMiB; });
     }
     std::fflush(stdout);
     return true;
