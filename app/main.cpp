@@ -6,6 +6,7 @@
 #include "Configuration.h"
 #include "CrossPlatformApi.h"
 #include "FilePath.h"
+#include "FirstPaint.h"
 #include "FolderManager.h"
 #include "KDSingleApplicationGuard.h"
 #include "NvWinIni.h"
@@ -14,7 +15,6 @@
 #include "SharedHelpers.h"
 #include "StartCenter.h"
 
-#include <QAbstractEventDispatcher>
 #include <QApplication>
 #include <QDir>
 #include <QTimer>
@@ -22,7 +22,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <memory>
 
 namespace {
 
@@ -70,16 +69,13 @@ void exportLibrarySearchPath(const QDir& contents)
 }
 
 // For the start-up benchmark only: one line on the standard output once the
-// window is shown and the event loop has nothing left to do.
-void reportShownWhenIdle()
+// window's first frame is painted.
+void reportShownAfterFirstPaint(QWidget* window)
 {
-    auto connection = std::make_shared<QMetaObject::Connection>();
-    *connection = QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock,
-                                   [connection] {
-                                       QObject::disconnect(*connection);
-                                       std::fputs("shown\n", stdout);
-                                       std::fflush(stdout);
-                                   });
+    runAfterFirstPaint(window, [] {
+        std::fputs("shown\n", stdout);
+        std::fflush(stdout);
+    });
 }
 
 // While the application object connects to the display, Qt's messages about
@@ -166,6 +162,6 @@ int main(int argc, char** argv)
 
     QTimer::singleShot(0, [] { qCDebug(lcStartUp) << "start-up complete"; });
     if (qEnvironmentVariableIsSet("SC_BENCH_REPORT_SHOWN"))
-        reportShownWhenIdle();
+        reportShownAfterFirstPaint(&mainWindow);
     return QApplication::exec();
 }

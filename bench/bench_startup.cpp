@@ -1,13 +1,17 @@
-// The launcher's start-up on the sample installation of the build tree,
-// offscreen: the time from starting the process to its main window being
-// shown with the event loop idle, against a program that shows an empty
-// QMainWindow the same way; the peak memory of both, half a second after
-// that; and, in this process,
-// the time of one mode switch (click handler with the page refresh).
+// The launcher's start-up on the sample installation of the build tree: the
+// time from starting the process to its main window's first painted frame,
+// side by side with two plain Qt programs started the same way, one showing
+// an empty QMainWindow and one showing the launcher's visible content built
+// the obvious way; offscreen, and under X11 as well when a display is set
+// (run it under xvfb-run). Then the memory of the three at the first frame
+// and half a second later (the launcher's start sound is loaded by then), and, in
+// this process, the time of one mode switch (click handler with the page
+// refresh).
 //
-// Both programs report "shown" on their standard output when they get
-// SC_BENCH_REPORT_SHOWN. They run with a home folder of their own, seeded
-// with the sample case files, so no user settings are touched.
+// The programs report "shown" on their standard output after their first
+// frame (the launcher when it gets SC_BENCH_REPORT_SHOWN). They run with a
+// home folder of their own, seeded with the sample case files, so no user
+// settings are touched.
 
 #include "BenchUtil.h"
 #include "Configuration.h"
@@ -45,10 +49,18 @@ constexpr int shownTimeoutMs = 30000;
 // counts for the memory figure: the peak is read this much later.
 constexpr int settleMs = 500;
 
+struct Memory
+{
+    double peakMiB = 0;        // peak resident set
+    double proportionalMiB = 0; // proportional set size: shared pages split among their users
+    double anonymousMiB = 0;   // memory of the process's own, not backed by files
+};
+
 struct StartRun
 {
     double ms = 0;
-    double peakMiB = 0;
+    Memory atFirstFrame;
+    Memory memory;   // settled: what the program loads after its first frame included
 };
 
 // The folders a program of the suite uses, all below home.
@@ -77,37 +89,45 @@ std::vector<std::pair<const char*, QString>> homeVariables(const QString& home)
             {"SC_COMMON_APPDATA", home + QStringLiteral("/shared")}};
 }
 
-QProcessEnvironment programEnvironment(const QString& home)
+QProcessEnvironment programEnvironment(const QString& home, const QString& platform)
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     for (const auto& [name, value] : homeVariables(home))
         environment.insert(QLatin1String(name), value);
-    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), platform);
     environment.insert(QStringLiteral("SC_BENCH_REPORT_SHOWN"), QStringLiteral("1"));
     return environment;
 }
 
-// The peak resident set ("VmHWM") of a running process, in MiB.
-double peakResidentMiB(qint64 pid)
+// A value in kB from a /proc file of "Name:   value kB" lines, in MiB.
+double procValueMiB(const QString& file, const QByteArray& name)
 {
-    QFile status(QStringLiteral("/proc/%1/status").arg(pid));
+    QFile status(file);
     if (!status.open(QIODevice::ReadOnly))
         return 0;
     for (const QByteArray& line : status.readAll().split('\n')) {
-        if (line.startsWith("VmHWM:"))
-            return line.mid(6).trimmed().split(' ').value(0).toDouble() / 1024.0;
+        if (line.startsWith(name + ':'))
+            return line.mid(name.size() + 1).trimmed().split(' ').value(0).toDouble() / 1024.0;
     }
     return 0;
 }
 
-std::optional<StartRun> startUntilShown(const QString& program, const QProcessEnvironment& environment)
+Memory memoryOf(qint64 pid)
+{
+    const QString status = QStringLiteral("/proc/%1/status").arg(pid);
+    const QString rollup = QStringLiteral("/proc/%1/smaps_rollup").arg(pid);
+    return {procValueMiB(status, "VmHWM"), procValueMiB(rollup, "Pss"), procValueMiB(rollup, "Anonymous")};
+}
+
+std::optional<StartRun> startUntilShown(const QString& program, const QStringList& arguments,
+                                        const QProcessEnvironment& environment)
 {
     QProcess process;
     process.setProcessEnvironment(environment);
     process.setStandardErrorFile(QProcess::nullDevice());
     QElapsedTimer timer;
     timer.start();
-    process.start(program, {});
+    process.start(program, arguments);
     QByteArray output;
     while (!output.contains("shown\n")) {
         if (!process.waitForReadyRead(shownTimeoutMs))
@@ -116,8 +136,9 @@ std::optional<StartRun> startUntilShown(const QString& program, const QProcessEn
     }
     StartRun run;
     run.ms = double(timer.nsecsElapsed()) / 1e6;
+    run.atFirstFrame = memoryOf(process.processId());
     QThread::msleep(settleMs);
-    run.peakMiB = peakResidentMiB(process.processId());
+    run.memory = memoryOf(process.processId());
 
     // The launcher leaves its single-instance register on an interrupt.
     ::kill(pid_t(process.processId()), SIGINT);
@@ -128,32 +149,66 @@ std::optional<StartRun> startUntilShown(const QString& program, const QProcessEn
     return run;
 }
 
-bool compareStartUp(const QString& home)
+struct Program
 {
-    const QProcessEnvironment environment = programEnvironment(home);
-    const QString launcher = QStringLiteral(SC_LAUNCHER);
-    const QString minimal = QStringLiteral(SC_MINIMAL_WINDOW);
+    QString path;
+    QStringList arguments;
+    std::vector<StartRun> runs;
 
-    std::vector<double> oursMs, referenceMs, oursMiB, referenceMiB;
-    for (int i = 0; i < warmUpRuns + startupRuns; ++i) {
-        const std::optional<StartRun> ours = startUntilShown(launcher, environment);
-        const std::optional<StartRun> reference = startUntilShown(minimal, environment);
-        if (!ours || !reference) {
-            std::fprintf(stderr, "bench_startup: a program did not report its window\n");
-            return false;
-        }
-        if (i < warmUpRuns)
-            continue;
-        oursMs.push_back(ours->ms);
-        referenceMs.push_back(reference->ms);
-        oursMiB.push_back(ours->peakMiB);
-        referenceMiB.push_back(reference->peakMiB);
+    double medianOf(double (*value)(const StartRun&)) const
+    {
+        std::vector<double> values;
+        for (const StartRun& run : runs)
+            values.push_back(value(run));
+        return bench::median(values);
     }
-    bench::printResult("startup", bench::median(oursMs), bench::median(referenceMs));
-    const double ours = bench::median(oursMiB);
-    const double reference = bench::median(referenceMiB);
-    std::printf("startup_peak_rss ours_mib=%.1f reference_mib=%.1f difference_mib=%.1f\n", ours, reference,
-                ours - reference);
+    double ms() const { return medianOf([](const StartRun& run) { return run.ms; }); }
+};
+
+void printMemory(const char* name, const Program& ours, const Program& reference,
+                 double (*value)(const StartRun&))
+{
+    const double oursMiB = ours.medianOf(value);
+    const double referenceMiB = reference.medianOf(value);
+    std::printf("%s ours_mib=%.1f reference_mib=%.1f difference_mib=%.1f\n", name, oursMiB, referenceMiB,
+                oursMiB - referenceMiB);
+}
+
+// Starts the launcher and both references in turn, so that all three see the
+// same machine load, and prints the medians; memory only when asked, once is
+// enough.
+bool compareStartUp(const QString& home, const QString& platform, const char* prefix, bool withMemory)
+{
+    const QProcessEnvironment environment = programEnvironment(home, platform);
+    Program launcher{QStringLiteral(SC_LAUNCHER), {}, {}};
+    Program empty{QStringLiteral(SC_MINIMAL_WINDOW), {}, {}};
+    Program content{QStringLiteral(SC_CONTENT_WINDOW), {QStringLiteral(SC_PICTURES_DIR "/container"), QStringLiteral(SC_PICTURES_DIR "/media/sc_header.png")}, {}};
+
+    for (int i = 0; i < warmUpRuns + startupRuns; ++i) {
+        for (Program* program : {&launcher, &empty, &content}) {
+            const std::optional<StartRun> run = startUntilShown(program->path, program->arguments, environment);
+            if (!run) {
+                std::fprintf(stderr, "bench_startup: %s did not report its window\n", qPrintable(program->path));
+                return false;
+            }
+            if (i >= warmUpRuns)
+                program->runs.push_back(*run);
+        }
+    }
+    const std::string name = prefix;
+    bench::printResult(name.c_str(), launcher.ms(), empty.ms());
+    bench::printResult((name + "_content").c_str(), launcher.ms(), content.ms());
+    if (withMemory) {
+        const auto peak = [](const StartRun& run) { return run.memory.peakMiB; };
+        const auto proportional = [](const StartRun& run) { return run.memory.proportionalMiB; };
+        const auto anonymous = [](const StartRun& run) { return run.memory.anonymousMiB; };
+        printMemory("startup_peak_rss", launcher, empty, peak);
+        printMemory("startup_rss_content", launcher, content, peak);
+        printMemory("startup_pss_content", launcher, content, proportional);
+        printMemory("startup_anon_content", launcher, content, anonymous);
+        printMemory("startup_rss_first_frame_content", launcher, content,
+                    [](const StartRun& run) { return run.atFirstFrame.peakMiB; });
+    }
     std::fflush(stdout);
     return true;
 }
@@ -216,7 +271,10 @@ int main(int argc, char** argv)
     if (!home.isValid())
         return 1;
     setUpHome(home.path());
-    if (!compareStartUp(home.path()))
+    if (!compareStartUp(home.path(), QStringLiteral("offscreen"), "startup", true))
+        return 1;
+    if (!qEnvironmentVariableIsEmpty("DISPLAY")
+        && !compareStartUp(home.path(), QStringLiteral("xcb"), "startup_xcb", false))
         return 1;
     if (!openInstallation(home.path()))
         return 1;

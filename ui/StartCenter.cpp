@@ -6,6 +6,7 @@
 #include "Configuration.h"
 #include "CrossPlatformApi.h"
 #include "Exceptions.h"
+#include "FirstPaint.h"
 #include "NvWinIni.h"
 #include "OnlineUpdate.h"
 #include "OptionsDialog.h"
@@ -14,7 +15,6 @@
 #include "WordWrap.h"
 
 #include <QAbstractButton>
-#include <QAbstractEventDispatcher>
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
@@ -23,8 +23,7 @@
 #include <QLibrary>
 #include <QScreen>
 
-#include <functional>
-#include <memory>
+#include <utility>
 
 namespace {
 
@@ -64,25 +63,20 @@ bool switchSettingsTo(int mode, QWidget* parent)
     }
 }
 
-// Runs work once the event loop has nothing else to do, that is once the
-// window is on screen; the work itself is queued behind that moment.
-void runWhenIdle(QObject* context, std::function<void()> work)
+// Plays through the sound module beside the launcher (see
+// sound/StartSound.cpp); silent when the module is missing.
+void playThroughSoundModule(const QString& path, QObject* owner)
 {
-    auto connection = std::make_shared<QMetaObject::Connection>();
-    *connection = QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock,
-                                   context, [connection, context, work = std::move(work)] {
-                                       QObject::disconnect(*connection);
-                                       QMetaObject::invokeMethod(context, work, Qt::QueuedConnection);
-                                   });
+    using PlayStartSound = QObject* (*)(const QString& path, QObject* parent);
+    QLibrary module(QCoreApplication::applicationDirPath() + QStringLiteral("/startsound"));
+    if (const auto play = reinterpret_cast<PlayStartSound>(module.resolve("scPlayStartSound")))
+        play(path, owner);
 }
 
-// The sound module beside the launcher (see sound/StartSound.cpp); null
-// when it is missing.
-using PlayStartSound = QObject* (*)(const QString& path, QObject* parent);
-PlayStartSound startSoundPlayer()
+StartCenter::StartSoundPlayer& startSoundPlayer()
 {
-    QLibrary module(QCoreApplication::applicationDirPath() + QStringLiteral("/startsound"));
-    return reinterpret_cast<PlayStartSound>(module.resolve("scPlayStartSound"));
+    static StartCenter::StartSoundPlayer player = playThroughSoundModule;
+    return player;
 }
 
 } // namespace
@@ -161,8 +155,9 @@ int StartCenter::getVersionType()
 
 // The sound file is "Sounds"/"SoundDir" (relative to the application
 // folder) followed directly by "Sounds"/"StartCenter". A missing file or a
-// machine without sound output stays silent. The sound system is brought up
-// once the window is on screen, so the window does not wait for it.
+// machine without sound output stays silent. The sound module and the sound
+// system it brings are loaded only after the window's first frame, so the
+// window neither waits for them nor carries their weight before it.
 void StartCenter::playStartSound()
 {
     if (settingInt("Sounds", "StartJingle", 1) != 1)
@@ -177,10 +172,12 @@ void StartCenter::playStartSound()
     if (!QFileInfo(path).isFile())
         return;
 
-    runWhenIdle(this, [this, path] {
-        if (const PlayStartSound play = startSoundPlayer())
-            play(path, this);
-    });
+    runAfterFirstPaint(this, [this, path] { startSoundPlayer()(path, this); });
+}
+
+StartCenter::StartSoundPlayer StartCenter::setStartSoundPlayer(StartSoundPlayer player)
+{
+    return std::exchange(startSoundPlayer(), std::move(player));
 }
 
 void StartCenter::chooseMode(int mode)

@@ -8,6 +8,7 @@
 #include <QStringList>
 #include <QTimer>
 
+#include <functional>
 #include <map>
 
 // The launcher's main window: six mode buttons, one page per mode, a header
@@ -56,6 +57,12 @@ public:
     bool startInfoMan(const QString& params);
     QString infoManPath() const;
     bool isInfoManInstalled() const;
+
+    // Plays the start sound file; the sound may live as a child of owner.
+    // The default loads the sound module beside the launcher. Replaceable, so
+    // that tests see when and what would play; returns the previous player.
+    using StartSoundPlayer = std::function<void(const QString& path, QObject* owner)>;
+    static StartSoundPlayer setStartSoundPlayer(StartSoundPlayer player);
 
     // Asks whether to install the newer version now; ends the launcher when
     // the update is started.

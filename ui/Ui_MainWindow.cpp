@@ -124,6 +124,30 @@ private:
     std::optional<QIcon> m_icon;
 };
 
+// Word-wraps an action's tool tip when a tool button first shows it, not
+// for every action at start: most tips are never looked at. Until then the
+// action carries the unwrapped text.
+class ToolTipWrapper : public QObject
+{
+public:
+    using QObject::QObject;
+    static constexpr const char* pendingProperty = "toolTipToWrap";
+
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() != QEvent::ToolTip)
+            return false;
+        auto* button = qobject_cast<QToolButton*>(watched);
+        QAction* action = button ? button->defaultAction() : nullptr;
+        if (action && action->property(pendingProperty).toBool()) {
+            action->setProperty(pendingProperty, QVariant());
+            // The button takes the new text over at once, before it shows it.
+            action->setToolTip(StartCenter::doWordWrap(action->toolTip(), toolTipWidth, button->window()->font(), false));
+        }
+        return false;
+    }
+};
+
 QString helpText(const QString& key)
 {
     return configText("StartCenter.HelpText", key.toLatin1().constData());
@@ -196,8 +220,7 @@ void Ui_MainWindow::setupUi(QMainWindow* window, int edition)
     m_header = new QLabel(m_centralWidget);
     m_header->setObjectName(QStringLiteral("Header"));
     m_header->setFixedSize(metric(SCAppStyle::PM_HeaderPictureWidth), metric(SCAppStyle::PM_HeaderPictureHeight));
-    m_header->setScaledContents(true);
-    m_header->setPixmap(picture("Header", "sc_header"));
+    updateUi();
     m_mainLayout->addWidget(m_header);
 
     m_centralLayout = new QHBoxLayout();
@@ -243,11 +266,8 @@ void Ui_MainWindow::setupUi(QMainWindow* window, int edition)
     window->setFixedSize(metric(SCAppStyle::PM_MainWindowWidth), metric(SCAppStyle::PM_MainWindowHeight));
     QMetaObject::connectSlotsByName(window);
 
-    for (int mode = 0; mode < ModeCount; ++mode) {
-        m_pages[mode] = modes[mode].createPage(m_centerStack);
-        m_pages[mode]->setObjectName(QLatin1String(modes[mode].pageName));
-        connectActionPage(m_pages[mode]);
-    }
+    // The pages are built when first shown (buildPage): the window starts
+    // with the page of its mode only.
     initAnimation();
 }
 
@@ -294,9 +314,14 @@ void Ui_MainWindow::retranslateUi(QMainWindow* window, bool withToolTips)
     }
 }
 
+// The picture fills the header. Only a picture of another size is scaled:
+// scaling converts and copies the picture at its first paint, which a
+// picture shipped at the header's size does not need.
 void Ui_MainWindow::updateUi()
 {
-    m_header->setPixmap(picture("Header", "sc_header"));
+    const QPixmap header = picture("Header", "sc_header");
+    m_header->setScaledContents(header.size() != m_header->size());
+    m_header->setPixmap(header);
 }
 
 QAction* Ui_MainWindow::newAction(const char* objectName, const char* iconName)
@@ -400,6 +425,9 @@ void Ui_MainWindow::createToolBar(QMainWindow* window)
     // only way to the manual, the support menu and the options.
     for (QAction* action : m_toolBar->actions())
         m_toolBar->widgetForAction(action)->setFocusPolicy(Qt::TabFocus);
+    auto* toolTipWrapper = new ToolTipWrapper(m_toolBar);
+    for (QToolButton* button : buttons)
+        button->installEventFilter(toolTipWrapper);
 
     QPalette palette = m_toolBar->palette();
     palette.setColor(QPalette::Button, SCColors::getColor(SCColors::keyToolbarGradientTop, QColor(68, 122, 210)));
@@ -464,7 +492,8 @@ void Ui_MainWindow::assignToolTip(QWidget* widget, const QString& key)
 void Ui_MainWindow::assignToolTip(QAction* action, const QString& key)
 {
     const QString text = helpText(key);
-    action->setToolTip(StartCenter::doWordWrap(text, toolTipWidth, m_window->font(), false));
+    action->setToolTip(text);
+    action->setProperty(ToolTipWrapper::pendingProperty, true);
     if (QWidget* button = m_toolBar ? m_toolBar->widgetForAction(action) : nullptr)
         button->setAccessibleDescription(text.simplified());
 }
@@ -480,35 +509,51 @@ void Ui_MainWindow::connectActionPage(ActionPage* page)
             qOverload<const QString&>(&StartCenter::startConvert));
 }
 
-// Every page waits below the visible area; the state of the chosen mode
-// lifts its page into place, and leaving that state lets it slide back.
+// One state per mode in a group; the chosen mode's state lifts its page into
+// place, and leaving that state lets the page slide back (animatePage).
 void Ui_MainWindow::initAnimation()
 {
-    const int width = metric(SCAppStyle::PM_PageWidth);
-    const int height = metric(SCAppStyle::PM_PageHeight);
-
     m_stateMachine = new QStateMachine(this);
     m_stateMachine->setGlobalRestorePolicy(QState::RestoreProperties);
     m_modeStateGroup = new QState(m_stateMachine);
     m_modeStateGroup->setObjectName(QStringLiteral("modeStateGroup"));
 
     for (int mode = 0; mode < ModeCount; ++mode) {
-        ActionPage* page = m_pages[mode];
-        page->setGeometry(0, height + 10, width, height);
-
         m_pageStates[mode] = new QState(m_modeStateGroup);
-        m_pageStates[mode]->assignProperty(page, "geometry", QRect(0, 0, width, height));
         m_modeStateGroup->addTransition(this, modes[mode].pageSignal, m_pageStates[mode]);
-
-        auto* animation = new QPropertyAnimation(page, "geometry", m_stateMachine);
-        animation->setEasingCurve(QEasingCurve::OutQuad);
-        animation->setDuration(pageSlideDurationMs);
-        connect(animation, &QAbstractAnimation::finished, this, &Ui_MainWindow::hideParkedPages);
-        m_stateMachine->addDefaultAnimation(animation);
+        if (m_pages[mode])
+            animatePage(mode);
     }
     m_modeStateGroup->setInitialState(m_pageStates[ModeNormal]);
     m_stateMachine->setInitialState(m_modeStateGroup);
     m_stateMachine->start();
+}
+
+// The page waits below the visible area until its mode's state lifts it.
+void Ui_MainWindow::animatePage(int mode)
+{
+    const int width = metric(SCAppStyle::PM_PageWidth);
+    const int height = metric(SCAppStyle::PM_PageHeight);
+    ActionPage* page = m_pages[mode];
+    page->setGeometry(0, height + 10, width, height);
+    m_pageStates[mode]->assignProperty(page, "geometry", QRect(0, 0, width, height));
+
+    auto* animation = new QPropertyAnimation(page, "geometry", m_stateMachine);
+    animation->setEasingCurve(QEasingCurve::OutQuad);
+    animation->setDuration(pageSlideDurationMs);
+    connect(animation, &QAbstractAnimation::finished, this, &Ui_MainWindow::hideParkedPages);
+    m_stateMachine->addDefaultAnimation(animation);
+}
+
+ActionPage* Ui_MainWindow::buildPage(int mode)
+{
+    if (!m_pages[mode]) {
+        m_pages[mode] = modes[mode].createPage(m_centerStack);
+        m_pages[mode]->setObjectName(QLatin1String(modes[mode].pageName));
+        connectActionPage(m_pages[mode]);
+        animatePage(mode);
+    }
+    return m_pages[mode];
 }
 
 void Ui_MainWindow::showMode(int mode)
@@ -516,8 +561,11 @@ void Ui_MainWindow::showMode(int mode)
     if (mode < 0 || mode >= ModeCount)
         return;
     m_shownMode = mode;
-    m_pages[mode]->updateUI();
-    m_pages[mode]->show();
+    ActionPage* page = buildPage(mode);
+    page->updateUI();
+    // Shown again after its slide out hid it; a page built now is shown at
+    // all only this way, since a child added to a window on screen is not.
+    page->show();
     emit (this->*modes[mode].pageSignal)();
     m_modeButtons[mode]->setChecked(true);
     m_modeStateGroup->setInitialState(m_pageStates[mode]);

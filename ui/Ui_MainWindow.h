@@ -50,7 +50,8 @@ public:
     void createSelectionButtons();
     SelectionButton* createModusButton(const QString& objectName, const QString& iconName);
     void addDivider(QLayout* layout);
-    // Text of "StartCenter.HelpText"/key; an action's text is wrapped to 210 pixels.
+    // Text of "StartCenter.HelpText"/key; an action's text is wrapped to 210
+    // pixels in the window font when a tool button first shows it.
     void assignToolTip(QWidget* widget, const QString& key);
     void assignToolTip(QAction* action, const QString& key);
     void connectActionPage(ActionPage* page);
@@ -65,6 +66,7 @@ public:
     void showModeEinurVor() { showMode(ModeEinurVor); }
     void showModeFest() { showMode(ModeFest); }
 
+    // The mode's page; null until the mode was first shown.
     ActionPage* page(int mode) const;
     SelectionButton* modeButton(int mode) const;
 
@@ -87,6 +89,9 @@ private:
     // The tool bar's extra action of the edition, if it has one.
     QAction* editionAction() const;
     int metric(int customMetric) const;
+    // The mode's page, built and connected on the first call.
+    ActionPage* buildPage(int mode);
+    void animatePage(int mode);
 
     StartCenter* m_window = nullptr;
     int m_edition = 0;

@@ -13,6 +13,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QFontMetrics>
+#include <QHelpEvent>
 #include <QLabel>
 #include <QMenu>
 #include <QRegularExpression>
@@ -120,6 +121,36 @@ QStringList visualOrder(const StartCenter& window, const ActionPage& page)
             order << action->objectName();
     return order;
 }
+
+// What a page shows: the texts, enabled and visible states of its labels and
+// buttons, and the rows of its lists.
+QStringList pageContent(const ActionPage* page)
+{
+    QStringList content;
+    const auto state = [](const QWidget* widget) {
+        return QStringLiteral("%1/%2").arg(widget->isEnabled()).arg(widget->isVisible());
+    };
+    for (const QLabel* label : page->findChildren<QLabel*>())
+        content << label->objectName() + QLatin1Char(':') + label->text() + state(label);
+    for (const QAbstractButton* button : page->findChildren<QAbstractButton*>())
+        content << button->objectName() + QLatin1Char(':') + button->text() + state(button);
+    for (const QTreeWidget* tree : page->findChildren<QTreeWidget*>())
+        for (int row = 0; row < tree->topLevelItemCount(); ++row)
+            content << tree->topLevelItem(row)->text(0);
+    return content;
+}
+
+class PaintCounter : public QObject
+{
+public:
+    int count = 0;
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        if (event->type() == QEvent::Paint)
+            ++count;
+        return false;
+    }
+};
 
 } // namespace
 
@@ -250,7 +281,7 @@ private slots:
         }
         // The chosen page slides up into view, the page left slides back down.
         QTRY_COMPARE(modePage(*window, 4)->geometry(), visible);
-        for (int mode : {0, 1, 2, 3, 5})
+        for (int mode : {0, 1, 2, 3})
             QTRY_VERIFY(modePage(*window, mode)->y() >= visible.height());
 
         // The unconfigured mode is reported and the current one kept.
@@ -259,6 +290,82 @@ private slots:
         QVERIFY2(m_boxes->boxes.takeFirst().startsWith(QStringLiteral("Fehler|")), "box title");
         QCOMPARE(checkedMode(*window), 4);
         QCOMPARE(currentModus(), std::string("einurvor"));
+        QVERIFY(!modePage(*window, 5));   // never shown, never built
+    }
+
+    // Only the shown page is built at start; every other one is built when
+    // its mode is first chosen, and then looks as if built at start.
+    void pagesBuiltOnFirstUseMatchPagesBuiltAtStart()
+    {
+        const auto window = shownWindow();
+        QVERIFY(window);
+        for (int mode = 1; mode < 6; ++mode)
+            QVERIFY2(!modePage(*window, mode), pageNames[mode]);
+
+        for (int mode = 1; mode < 6; ++mode) {
+            QTest::mouseClick(modeButton(*window, mode), Qt::LeftButton);
+            ActionPage* built = modePage(*window, mode);
+            QVERIFY(built);
+            QVERIFY(built->isVisibleTo(window.get()));
+            QTRY_COMPARE(built->geometry(), QRect(QPoint(), built->size()));
+
+            QVERIFY(setUserSetting("Modus", QByteArray::number(mode).constData()));
+            const auto atStart = shownWindow();
+            QVERIFY(atStart);
+            ActionPage* expected = modePage(*atStart, mode);
+            QVERIFY(expected);
+            QTRY_COMPARE(expected->geometry(), built->geometry());
+            QTRY_COMPARE(pageContent(built), pageContent(expected));
+            QCOMPARE(built->recommendedAction(), expected->recommendedAction());
+        }
+    }
+
+    // The start sound waits for the window's first frame, and plays only
+    // when the installation names an existing sound file and the user wants
+    // it.
+    void startSoundPlaysOnlyAfterTheFirstFrame()
+    {
+        QVERIFY(m_install->writeResource(QStringLiteral("sounds/start.wav"), "RIFF"));
+        struct Play
+        {
+            QString path;
+            bool afterFirstFrame;
+        };
+        QList<Play> plays;
+        PaintCounter paints;
+        const StartCenter::StartSoundPlayer previous = StartCenter::setStartSoundPlayer(
+            [&](const QString& path, QObject*) { plays.append({path, paints.count > 0}); });
+        const auto restorePlayer = qScopeGuard([&] { StartCenter::setStartSoundPlayer(previous); });
+
+        {
+            StartCenter window(nullptr, Qt::WindowFlags());
+            window.installEventFilter(&paints);
+            QTest::qWait(50);
+            QVERIFY(plays.isEmpty());   // not while the window is not on screen
+            window.show();
+            QTRY_COMPARE(plays.size(), 1);
+            QVERIFY(plays.first().afterFirstFrame);
+            QCOMPARE(QFileInfo(plays.first().path).canonicalFilePath(),
+                     QFileInfo(m_install->resourcesDir() + QStringLiteral("sounds/start.wav")).canonicalFilePath());
+            window.update();
+            QTest::qWait(50);
+            QCOMPARE(plays.size(), 1);   // once per start, not per frame
+        }
+
+        const auto startsWithoutSound = [&] {
+            plays.clear();
+            const auto window = shownWindow();
+            QTest::qWait(50);
+            return window && plays.isEmpty();
+        };
+        QVERIFY(QFile::remove(m_install->resourcesDir() + QStringLiteral("sounds/start.wav")));
+        QVERIFY(startsWithoutSound());
+        QVERIFY(m_install->writeResource(QStringLiteral("sounds/start.wav"), "RIFF"));
+        QVERIFY(cNvWinIni::theInstance()->WriteString("Sounds", "StartJingle", "0"));
+        QVERIFY(startsWithoutSound());
+        QVERIFY(cNvWinIni::theInstance()->WriteString("Sounds", "StartJingle", "1"));
+        QVERIFY(configure("StartCenter", ""));
+        QVERIFY(startsWithoutSound());
     }
 
     void selectionButtonLayout()
@@ -369,8 +476,19 @@ private slots:
         };
         QCOMPARE(modeButton(*window, 3)->toolTip(), helpText("einur"));
 
-        // Action tips are wrapped to 210 pixels in the window font.
-        const QString options = window->findChild<QAction*>(QStringLiteral("actionOptionen"))->toolTip();
+        // Action tips are wrapped to 210 pixels in the window font, once a
+        // tool button is about to show them.
+        auto* optionsAction = window->findChild<QAction*>(QStringLiteral("actionOptionen"));
+        QCOMPARE(optionsAction->toolTip(), helpText("Konfiguration"));
+        QToolButton* optionsButton = nullptr;
+        for (QToolButton* button : window->findChild<QToolBar*>()->findChildren<QToolButton*>())
+            if (button->defaultAction() == optionsAction)
+                optionsButton = button;
+        QVERIFY(optionsButton);
+        QHelpEvent hover(QEvent::ToolTip, QPoint(4, 4), optionsButton->mapToGlobal(QPoint(4, 4)));
+        QCoreApplication::sendEvent(optionsButton, &hover);
+        const QString options = optionsAction->toolTip();
+        QCOMPARE(optionsButton->toolTip(), options);
         QCOMPARE(QString(options).remove(QLatin1Char('\n')).remove(QLatin1Char(' ')),
                  helpText("Konfiguration").remove(QLatin1Char(' ')));
         QVERIFY(options.count(QLatin1Char('\n')) >= 2);
@@ -542,8 +660,11 @@ private slots:
             QTest::keyClick(modeButton(*window, mode), Qt::Key_Return);
             ActionPage* page = modePage(*window, mode);
             QTRY_COMPARE(page->pos(), QPoint(0, 0));
-            for (int other = 0; other < 6; ++other)
-                QTRY_VERIFY2(other == mode || !modePage(*window, other)->isVisible(), pageNames[other]);
+            // A page not built yet is not there to take the focus at all.
+            for (int other = 0; other < 6; ++other) {
+                const ActionPage* otherPage = modePage(*window, other);
+                QTRY_VERIFY2(other == mode || !otherPage || !otherPage->isVisible(), pageNames[other]);
+            }
 
             QCOMPARE(tabWalk(*window), visualOrder(*window, *page));
             QTest::keyClick(modeButton(*window, mode), Qt::Key_Backtab);
@@ -628,6 +749,8 @@ private slots:
     {
         const auto window = shownWindow();
         QVERIFY(window);
+        for (int mode = 0; mode < 6; ++mode)   // pages are built when first shown
+            modeButton(*window, mode)->click();
         int controls = 0;
         for (QWidget* control : window->findChildren<QWidget*>()) {
             if (control->focusPolicy() == Qt::NoFocus || control->focusProxy())
