@@ -68,7 +68,8 @@ private:
     struct ParseState;
 
     void ParseIni();
-    void ParseText(std::string_view text);
+    void ParseStream(int descriptor);
+    void ParseLine(std::string_view line, ParseState& state, bool mayHoldZeroBytes);
     std::string_view RemoveCommentAndTrailingWhiteSpaces(std::string_view line) const;
     static bool ParseSection(std::string_view line, ParseState& state);
     void ParseKey(std::string_view line, ParseState& state);
