@@ -111,13 +111,13 @@ private slots:
     void configuredFolders_data()
     {
         QTest::addColumn<QByteArray>("userSettings");
-        QTest::addColumn<QString>("expected");   // "@root", "@app" and "@temp" stand for those folders
+        QTest::addColumn<QString>("expected");   // "@root", "@app" and "@private" (the private fallback) stand for those folders
 
         QTest::newRow("variable") << QByteArray("%SC_TEST_SETTINGS%/c") << QStringLiteral("@root/env/c/");
         QTest::newRow("unset variable") << QByteArray("/x/%SC_TEST_UNSET%/y") << QStringLiteral("@app/");
         QTest::newRow("empty") << QByteArray() << QStringLiteral("@app/");
         QTest::newRow("relative") << QByteArray("Eigene/Daten") << QStringLiteral("@app/Eigene/Daten/");
-        QTest::newRow("uncreatable") << QByteArray("@root/blocker/sub") << QStringLiteral("@temp/");
+        QTest::newRow("uncreatable") << QByteArray("@root/blocker/sub") << QStringLiteral("@private/");
     }
 
     void configuredFolders()
@@ -127,7 +127,7 @@ private slots:
         const auto resolve = [this](QString text) {
             return text.replace("@root", m_install->root())
                 .replace("@app/", m_install->resourcesDir())
-                .replace("@temp", qEnvironmentVariable("TMPDIR"));
+                .replace("@private", qEnvironmentVariable("XDG_CACHE_HOME") + "/startcenter");
         };
         qputenv("SC_TEST_SETTINGS", m_install->root().toLatin1() + "/env");
         m_install->writeFile("blocker", "a file, not a folder");
@@ -142,8 +142,8 @@ private slots:
 
         const QStringList fallbackReport{
             resolve("Fehler|Der Konfigurationspfad <@root/blocker/sub/> konnte nicht gefunden werden.\n"
-                    "Die eigenen Einstellungen werden gespeichert im Verzeichnis <@temp/>.")};
-        QCOMPARE(m_install->boxes.boxes, expected == "@temp/" ? fallbackReport : QStringList());
+                    "Die eigenen Einstellungen werden gespeichert im Verzeichnis <@private/>.")};
+        QCOMPARE(m_install->boxes.boxes, expected == "@private/" ? fallbackReport : QStringList());
 
         // The home data folder is made too (again when it has gone); its symbol
         // keeps the configured text.
