@@ -178,6 +178,8 @@ struct cIniFile::ParseState
 {
     std::string section;
     KeyMap* keys = nullptr;
+    // Where the key lines go as read, for other readers of the same file.
+    IniParseCache::KeyLines* keyLines = nullptr;
 };
 
 cIniFile::cIniFile() = default;
@@ -352,30 +354,50 @@ void cIniFile::SaveAs(const std::string& path)
 void cIniFile::ParseIni()
 {
     const std::string nativePath = CrossPlatformApi::fileSystemEncoding(m_path);
-    const IniParseCache::Variant variant{m_caseSensitive, m_semicolonIsText};
+    IniParseCache& cache = IniParseCache::instance();
     struct stat info;
-    if (::stat(nativePath.c_str(), &info) == 0 && IniParseCache::instance().lookup(info, variant, m_sections)) {
-        m_timestamp = static_cast<std::int32_t>(info.st_mtime);
-        return;
+    if (::stat(nativePath.c_str(), &info) == 0) {
+        if (const auto lines = cache.lookup(info, m_semicolonIsText)) {
+            StoreKeyLines(*lines);
+            m_timestamp = static_cast<std::int32_t>(info.st_mtime);
+            return;
+        }
     }
     const int fd = RegularFile::openForReading(nativePath);
     if (fd < 0)
         return;
     if (::fstat(fd, &info) == 0) {
-        ParseStream(fd);
+        IniParseCache::KeyLines lines;
+        const bool keep = IniParseCache::worthKeeping(info);
+        ParseStream(fd, keep ? &lines : nullptr);
         m_timestamp = static_cast<std::int32_t>(info.st_mtime);
-        IniParseCache::instance().store(info, variant, m_sections);
+        if (keep)
+            cache.store(info, m_semicolonIsText, std::move(lines));
     }
     ::close(fd);
+}
+
+void cIniFile::StoreKeyLines(const IniParseCache::KeyLines& lines)
+{
+    const std::string* section = nullptr;
+    KeyMap* keys = nullptr;
+    for (const IniParseCache::KeyLine& line : lines) {
+        if (!section || *section != line.section) {
+            section = &line.section;
+            keys = &SectionKeys(line.section);
+        }
+        StoreKey(*keys, line.key, line.value);
+    }
 }
 
 // The file is read in chunks and scanned line by line: white space before a
 // line is skipped, a line ends at a line feed, and a line that does not fit
 // the line buffer ends the parse without anything after it being read. So
 // memory stays at one chunk whatever the file's size.
-void cIniFile::ParseStream(int fd)
+void cIniFile::ParseStream(int fd, IniParseCache::KeyLines* keyLines)
 {
     ParseState state;
+    state.keyLines = keyLines;
     std::vector<char> buffer(ReadChunkSize);
     char* const data = buffer.data();
     std::size_t begin = 0;
@@ -463,7 +485,11 @@ void cIniFile::ParseKey(std::string_view line, ParseState& state)
         return;
     if (!state.keys)
         state.keys = &SectionKeys(state.section);
-    StoreKey(*state.keys, line.substr(0, equals), line.substr(equals + 1));
+    const std::string_view key = line.substr(0, equals);
+    const std::string_view value = line.substr(equals + 1);
+    StoreKey(*state.keys, key, value);
+    if (state.keyLines)
+        state.keyLines->push_back({state.section, std::string(key), std::string(value)});
 }
 
 void cIniFile::AddToMap(const std::string& section, std::string_view key, std::string_view value)

@@ -4,13 +4,18 @@
 
 namespace {
 
-// Installed configuration files are a few kilobytes; larger files are parsed
-// on every read rather than held twice in memory.
+// Installed configuration files are a few kilobytes; larger files are read
+// on every open rather than held twice in memory.
 constexpr off_t MaxCachedFileSize = 256 * 1024;
 constexpr std::size_t MaxEntries = 32;
 // Time stamps advance in steps of a few milliseconds: a file changed less
 // than this long ago may still change without a visible trace.
 constexpr time_t SettledSeconds = 2;
+
+bool sameTime(const timespec& a, const timespec& b)
+{
+    return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec;
+}
 
 } // namespace
 
@@ -21,16 +26,17 @@ struct IniParseCache::Entry
     off_t size;
     timespec modified;
     timespec changed;
-    IniParseCache::Variant variant;
-    cIniFile::SectionMap sections;
+    bool semicolonIsText;
+    std::shared_ptr<const KeyLines> lines;
 
-    bool describes(const struct stat& info, IniParseCache::Variant wanted) const
+    bool sameFile(const struct stat& info, bool wantedSemicolonIsText) const
     {
-        return device == info.st_dev && inode == info.st_ino && size == info.st_size
-               && modified.tv_sec == info.st_mtim.tv_sec && modified.tv_nsec == info.st_mtim.tv_nsec
-               && changed.tv_sec == info.st_ctim.tv_sec && changed.tv_nsec == info.st_ctim.tv_nsec
-               && variant.caseSensitive == wanted.caseSensitive
-               && variant.semicolonIsText == wanted.semicolonIsText;
+        return device == info.st_dev && inode == info.st_ino && semicolonIsText == wantedSemicolonIsText;
+    }
+    bool describes(const struct stat& info, bool wantedSemicolonIsText) const
+    {
+        return sameFile(info, wantedSemicolonIsText) && size == info.st_size
+               && sameTime(modified, info.st_mtim) && sameTime(changed, info.st_ctim);
     }
 };
 
@@ -40,42 +46,40 @@ IniParseCache& IniParseCache::instance()
     return cache;
 }
 
-bool IniParseCache::lookup(const struct stat& info, Variant variant, cIniFile::SectionMap& sections) const
+bool IniParseCache::worthKeeping(const struct stat& info)
 {
-    if (!S_ISREG(info.st_mode))
-        return false;
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    for (const Entry& entry : m_entries) {
-        if (entry.describes(info, variant)) {
-            sections = entry.sections;
-            return true;
-        }
-    }
-    return false;
+    const time_t settled = std::time(nullptr) - SettledSeconds;
+    return S_ISREG(info.st_mode) && info.st_size <= MaxCachedFileSize && info.st_mtim.tv_sec < settled
+           && info.st_ctim.tv_sec < settled;
 }
 
-void IniParseCache::store(const struct stat& info, Variant variant, const cIniFile::SectionMap& sections)
+std::shared_ptr<const IniParseCache::KeyLines> IniParseCache::lookup(const struct stat& info,
+                                                                     bool semicolonIsText) const
 {
-    if (!S_ISREG(info.st_mode) || info.st_size > MaxCachedFileSize
-        || info.st_mtim.tv_sec > std::time(nullptr) - SettledSeconds
-        || info.st_ctim.tv_sec > std::time(nullptr) - SettledSeconds)
+    if (!S_ISREG(info.st_mode))
+        return nullptr;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    for (const Entry& entry : m_entries) {
+        if (entry.describes(info, semicolonIsText))
+            return entry.lines;
+    }
+    return nullptr;
+}
+
+void IniParseCache::store(const struct stat& info, bool semicolonIsText, KeyLines lines)
+{
+    if (!worthKeeping(info))
         return;
+    Entry stored{info.st_dev, info.st_ino, info.st_size, info.st_mtim, info.st_ctim, semicolonIsText,
+                 std::make_shared<const KeyLines>(std::move(lines))};
     const std::lock_guard<std::mutex> lock(m_mutex);
     for (Entry& entry : m_entries) {
-        if (entry.device == info.st_dev && entry.inode == info.st_ino
-            && entry.variant.caseSensitive == variant.caseSensitive
-            && entry.variant.semicolonIsText == variant.semicolonIsText) {
-            entry = Entry{info.st_dev, info.st_ino, info.st_size, info.st_mtim, info.st_ctim, variant, sections};
+        if (entry.sameFile(info, semicolonIsText)) {
+            entry = std::move(stored);
             return;
         }
     }
     if (m_entries.size() == MaxEntries)
         m_entries.pop_front();
-    m_entries.push_back(Entry{info.st_dev, info.st_ino, info.st_size, info.st_mtim, info.st_ctim, variant, sections});
-}
-
-void IniParseCache::clear()
-{
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    m_entries.clear();
+    m_entries.push_back(std::move(stored));
 }

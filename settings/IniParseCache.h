@@ -1,17 +1,20 @@
 #pragma once
 
-#include "IniFile.h"
-
 #include <deque>
+#include <memory>
 #include <mutex>
+#include <string>
+#include <vector>
 
 #include <sys/stat.h>
 
-// The parsed contents of the INI files read during this process, so that a
-// file which several parts of the program open (the main configuration file
-// is read by the folder table, the settings and the basic services alike) is
-// read and parsed once. An entry is used only while the file on disk is
-// exactly the one that was parsed: same file, size and change times.
+// The key lines of the INI files read during this process, so that a file
+// which several parts of the program open (the main configuration file is
+// read by the folder table, the settings and the basic services alike) is
+// read and scanned once. The lines are kept as read, before names are folded
+// to lower case, so that readers with and without case folding share them.
+// An entry is used only while the file on disk is exactly the one that was
+// read: same file, size and change times.
 //
 // Only small files whose last change lies a moment back are kept. A file
 // being written right now could change again within the resolution of its
@@ -19,23 +22,24 @@
 class IniParseCache
 {
 public:
-    // How a file was parsed: the same bytes give different sections with
-    // other case or comment rules.
-    struct Variant
+    // One key line: its section, the text before the first "=" and the text after it.
+    struct KeyLine
     {
-        bool caseSensitive;
-        bool semicolonIsText;
+        std::string section;
+        std::string key;
+        std::string value;
     };
+    using KeyLines = std::vector<KeyLine>;
 
     static IniParseCache& instance();
 
-    // Copies the sections parsed from the file described by info into
-    // sections; false when there is no entry for exactly that file.
-    bool lookup(const struct stat& info, Variant variant, cIniFile::SectionMap& sections) const;
-    // Keeps the sections parsed from the file that info described before the parse.
-    void store(const struct stat& info, Variant variant, const cIniFile::SectionMap& sections);
-
-    void clear();
+    // Whether the lines of the file that info describes are worth keeping.
+    static bool worthKeeping(const struct stat& info);
+    // The lines read from exactly the file that info describes, with
+    // comments cut as semicolonIsText says; null when there are none.
+    std::shared_ptr<const KeyLines> lookup(const struct stat& info, bool semicolonIsText) const;
+    // Keeps the lines read from the file that info described before the read.
+    void store(const struct stat& info, bool semicolonIsText, KeyLines lines);
 
 private:
     struct Entry;
