@@ -10,7 +10,9 @@
 
 #include <memory>
 
+#include <pwd.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 // The layered settings against real files: ORVKonf.ini with two modes, their
 // mode files, and the user's copies in a folder of their own.
@@ -194,9 +196,10 @@ private slots:
     }
 
     // The fallback for an uncreatable settings folder is used only while it
-    // is a real folder of the user's own: a link there is passed over for the
-    // next candidate, with none left the settings live for the session only,
-    // and a fallback that turns into a link later takes no more writes.
+    // is a real folder of the user's own: another user's folder or a link
+    // there is passed over for the next candidate, with none left the
+    // settings live for the session only, and a fallback that turns into a
+    // link later takes no more writes.
     void fallbackFolderMustStayPrivate()
     {
         const QByteArray savedRuntime = qgetenv("XDG_RUNTIME_DIR");
@@ -210,7 +213,15 @@ private slots:
         writeKonf(m_install->root().toLatin1() + "/blocker/sub");
         const QString cacheFallback = qEnvironmentVariable("XDG_CACHE_HOME") + "/startcenter";
         QVERIFY(QDir().mkpath(qEnvironmentVariable("XDG_CACHE_HOME")));
-        QVERIFY(QFile::link(elsewhere, cacheFallback));
+        // Pre-created by another user where that can be arranged, else a link.
+        const passwd* nobody = ::geteuid() == 0 ? ::getpwnam("nobody") : nullptr;
+        if (nobody) {
+            QVERIFY(QDir().mkpath(cacheFallback));
+            QVERIFY(::chown(cacheFallback.toLocal8Bit().constData(), nobody->pw_uid, nobody->pw_gid) == 0);
+            QVERIFY(::chmod(cacheFallback.toLocal8Bit().constData(), 0700) == 0);
+        } else {
+            QVERIFY(QFile::link(elsewhere, cacheFallback));
+        }
 
         QVERIFY(settings()->setGlobalIniName(cszNvWinIniName));
         QCOMPARE(fromLatin1(settings()->getUserSettingsPath()), runtime + "/startcenter/");
@@ -238,6 +249,7 @@ private slots:
         QCOMPARE(get("GlobalOnly"), "mine");
         QCOMPARE(get("Unknown"), "session");
         QCOMPARE(QDir(elsewhere).entryList(QDir::Files), QStringList());
+        QCOMPARE(QDir(cacheFallback).entryList(QDir::Files), QStringList());
         QCOMPARE(QDir(m_install->resourcesDir()).entryList({"*.user.ini"}, QDir::Files), QStringList());
     }
 
