@@ -398,8 +398,9 @@ void cIniFile::ParseStream(int fd, IniParseCache::KeyLines* keyLines)
 {
     ParseState state;
     state.keyLines = keyLines;
-    std::vector<char> buffer(ReadChunkSize);
-    char* const data = buffer.data();
+    // On the stack: a heap block of this size would make the allocator tidy
+    // up all small blocks freed so far, on every parse.
+    char data[ReadChunkSize];
     std::size_t begin = 0;
     std::size_t end = 0;
     std::size_t totalRead = 0;
@@ -411,7 +412,7 @@ void cIniFile::ParseStream(int fd, IniParseCache::KeyLines* keyLines)
         std::memmove(data, data + begin, end - begin);
         end -= begin;
         begin = 0;
-        const std::size_t wanted = std::min(buffer.size() - end, MaxReadBytes - totalRead);
+        const std::size_t wanted = std::min(ReadChunkSize - end, MaxReadBytes - totalRead);
         const long n = wanted > 0 ? RegularFile::readFully(fd, data + end, wanted) : 0;
         if (n <= 0 || std::size_t(n) < wanted)
             atEnd = true;
