@@ -21,8 +21,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (std::size_t filled = 0; size > 0 && filled < sizeof(InstanceRegister); filled += size)
         std::memcpy(bytes + filled, data, std::min(size, sizeof(InstanceRegister) - filled));
 
-    const bool valid = reg->isValid();
-    FUZZ_CHECK(!(valid && reg->isBlank()));
+    reg->isValid();
     reg->policy();
     reg->version();
     for (const ProcessInfo& slot : reg->processInfo) {
