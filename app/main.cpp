@@ -11,6 +11,7 @@
 #include "KDSingleApplicationGuard.h"
 #include "NvWinIni.h"
 #include "PixmapManager.h"
+#include "RegularFile.h"
 #include "SCAppStyle.h"
 #include "SharedHelpers.h"
 #include "StartCenter.h"
@@ -103,8 +104,16 @@ int main(int argc, char** argv)
 {
     SharedHelpers::SetOrganizationDomainAndApplicationName(cszApplicationName);
 
+    // Read through a bounded read, so that a FIFO or a device in the
+    // translation's place cannot hold up or flood the start; the translator
+    // uses the bytes in place, so they live as long as it does.
+    constexpr std::size_t maxTranslationBytes = 8 * 1024 * 1024;
+    const std::optional<std::string> translation = RegularFile::readWhole(
+        CrossPlatformApi::fileSystemEncoding(cApplicationInfo::theInstance()->getFilenameInAppDir("qt_de.qm")),
+        maxTranslationBytes);
     QTranslator translator;
-    (void)translator.load(QString::fromLatin1(cApplicationInfo::theInstance()->getFilenameInAppDir("qt_de.qm").c_str()));
+    if (translation)
+        (void)translator.load(reinterpret_cast<const uchar*>(translation->data()), int(translation->size()));
 
     qtMessageHandler = qInstallMessageHandler(reportMissingDisplay);
     QApplication application(argc, argv);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "IniParseCache.h"
+
 #include <cstdint>
 #include <map>
 #include <string>
@@ -68,7 +70,9 @@ private:
     struct ParseState;
 
     void ParseIni();
-    void ParseText(std::string_view text);
+    void ParseStream(int descriptor, IniParseCache::KeyLines* keyLines);
+    void StoreKeyLines(const IniParseCache::KeyLines& lines);
+    void ParseLine(std::string_view line, ParseState& state, bool mayHoldZeroBytes);
     std::string_view RemoveCommentAndTrailingWhiteSpaces(std::string_view line) const;
     static bool ParseSection(std::string_view line, ParseState& state);
     void ParseKey(std::string_view line, ParseState& state);

@@ -19,6 +19,8 @@ extern const char* const cszDefaultSettingsSec; // "Settings"
 extern const char* const cszDefaultSettingsKey; // "SetDefaultSettings"
 extern const char* const cszIllegalModus;
 extern const char* const cszErrorMessage;
+// Shown instead when not even a private folder can be had for the settings.
+extern const char* const cszSessionOnlyMessage;
 
 // The program settings, stacked from four INI files: the user's copy of the
 // current mode's file, the mode's file, the user's copy of the main
@@ -88,7 +90,15 @@ private:
     void buildHomeDataDir();
     void buildUserGlobalIni();
     void buildModusInis();
-    FilePath parseAndGenerateDirectory(const std::string& dir) const;
+    // Where a configured folder came from: as configured, the user's private
+    // fallback folder, or nowhere (the configured folder cannot be made and
+    // no private folder can be had either).
+    enum class FolderOrigin { Configured, PrivateFallback, None };
+    FilePath parseAndGenerateDirectory(const std::string& dir, FolderOrigin& origin) const;
+    // The path of one of the user's files; empty while they have no folder.
+    std::string userFilePath(const std::string& name) const;
+    // False once the private fallback folder is no longer private.
+    bool userFolderUsable() const;
     std::string getCacheKey(const char* section, const char* key) const;
     std::string getStringFromIni(const char* section, const char* key, const char* defaultValue);
     std::string modusIniName(const std::string& mode);
@@ -104,5 +114,6 @@ private:
     std::string m_globalIniName;
     std::string m_modus;
     std::string m_userSettingsPath;
+    FolderOrigin m_userSettingsOrigin = FolderOrigin::Configured;
     std::string m_homeDataPath;
 };

@@ -68,6 +68,18 @@ public:
 
     // As Ctrl+C does: the launcher leaves the instance register first.
     bool interrupt() { return signal(SIGINT); }
+    // The highest resident memory of the running process so far ("VmHWM"), in MiB.
+    double peakResidentMiB() const
+    {
+        QFile status(QStringLiteral("/proc/%1/status").arg(m_process.processId()));
+        if (!status.open(QIODevice::ReadOnly))
+            return 0;
+        for (const QByteArray& line : status.readAll().split('\n')) {
+            if (line.startsWith("VmHWM:"))
+                return line.mid(6).trimmed().split(' ').value(0).toDouble() / 1024.0;
+        }
+        return 0;
+    }
     // Without any chance to clean up.
     bool kill() { return signal(SIGKILL); }
 
