@@ -3,9 +3,13 @@
 #include "CrossPlatformApi.h"
 #include "DMDataFileInfo.h"
 
+#include <QApplication>
 #include <QDateTime>
+#include <QEventLoop>
 #include <QFileInfo>
-#include <QGuiApplication>
+#include <QProgressDialog>
+#include <QThread>
+#include <QTimer>
 #include <QUrl>
 
 namespace {
@@ -107,7 +111,7 @@ void OverviewPage::show()
             return;
         }
         m_file.setFileName(m_folder + m_caption + QStringLiteral(".html"));
-        if (!m_file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text)) {
+        if (!m_file.open(QIODevice::WriteOnly | QIODevice::Text)) {
             QGuiApplication::restoreOverrideCursor();
             showBox(QMessageBox::Critical, overviewTitle,
                     QStringLiteral("Die HTML-Datei zur Steuerfall-Übersicht konnte nicht erstellt werden!"));
@@ -115,10 +119,21 @@ void OverviewPage::show()
         }
         m_stream.setDevice(&m_file);
         m_stream.setEncoding(QStringConverter::Latin1);
-        writeHTML();
+        const bool complete = writeInBackground();
         m_stream.flush();
         m_stream.setDevice(nullptr);
-        m_file.close();
+        if (!complete) {
+            m_file.cancelWriting();
+            m_file.commit();   // removes the unfinished document
+            QGuiApplication::restoreOverrideCursor();
+            return;
+        }
+        if (!m_file.commit()) {
+            QGuiApplication::restoreOverrideCursor();
+            showBox(QMessageBox::Critical, overviewTitle,
+                    QStringLiteral("Die HTML-Datei zur Steuerfall-Übersicht konnte nicht erstellt werden!"));
+            return;
+        }
         m_writeNeeded = false;
     }
     QGuiApplication::restoreOverrideCursor();
@@ -132,6 +147,35 @@ void OverviewPage::show()
                                "Sie finden die Übersichts-Datei unter\n")
                     + path);
     }
+}
+
+bool OverviewPage::writeInBackground()
+{
+    m_rowsWritten = 0;
+    m_cancelRequested = false;
+
+    QProgressDialog progress(QStringLiteral("Die Datei-Übersicht wird erstellt ..."),
+                             QStringLiteral("Abbrechen"), 0, int(m_fileNames.size()),
+                             QApplication::activeWindow());
+    progress.setWindowTitle(overviewTitle);
+    progress.setWindowModality(Qt::ApplicationModal);
+    progress.setMinimumDuration(400);
+    progress.setAutoClose(false);
+    progress.setAutoReset(false);
+    QObject::connect(&progress, &QProgressDialog::canceled, [this] { m_cancelRequested = true; });
+
+    QTimer poll;
+    poll.setInterval(50);
+    QObject::connect(&poll, &QTimer::timeout, [&] { progress.setValue(m_rowsWritten); });
+
+    QEventLoop loop;
+    std::unique_ptr<QThread> worker(QThread::create([this] { writeHTML(); }));
+    QObject::connect(worker.get(), &QThread::finished, &loop, &QEventLoop::quit);
+    worker->start();
+    poll.start();
+    loop.exec();
+    worker->wait();
+    return !m_cancelRequested;
 }
 
 void OverviewPage::writeHTML()
@@ -180,6 +224,9 @@ void OverviewPage::writeHTML()
 void OverviewPage::writeFileInfo()
 {
     for (const QString& fileName : m_fileNames) {
+        if (m_cancelRequested)
+            return;
+        ++m_rowsWritten;
         const QFileInfo file(m_folder + fileName);
         if (!file.exists())
             continue;

@@ -36,6 +36,11 @@ private:
         return texts;
     }
 
+    static bool listed(const SCListView& list)
+    {
+        return QTest::qWaitFor([&] { return !list.isListing(); });
+    }
+
     TempInstallation m_installation;
     QString m_folder;
 
@@ -76,6 +81,7 @@ private slots:
 
         SCListView list(nullptr);
         list.init(m_folder, {QStringLiteral("*.est11")});
+        QVERIFY(listed(list));
         QCOMPARE(column(list, 0).mid(0, 3), (QStringList{"A", "b", "Fall.2011"}));
         QCOMPARE(column(list, 1).mid(0, 3), (QStringList{"27.03.2011 03:30", "09.01.2012 07:05", "30.07.2011 23:59"}));
         QCOMPARE(list.fileNames(), (QStringList{"A.est11", "b.est11", "Fall.2011.est11"}
@@ -90,6 +96,7 @@ private slots:
         SCListView list(nullptr);
         list.setNameFilters({QStringLiteral("*.est11")});
         list.setRootDir(m_folder);
+        QVERIFY(listed(list));
         list.setCurrentItem(list.topLevelItem(0));
 
         // The same folder again keeps rows and selection, and the names stay
@@ -100,16 +107,19 @@ private slots:
         QCOMPARE(list.fileNames(), QStringList{"b.est11"});
 
         list.updateList();
+        QVERIFY(listed(list));
         QCOMPARE(column(list, 0), (QStringList{"a", "b"}));
         QCOMPARE(list.fileNames(), (QStringList{"a.est11", "b.est11"}));
 
         // init with the same folder takes new patterns.
         list.init(m_folder, {QStringLiteral("b.*")});
+        QVERIFY(listed(list));
         QCOMPARE(column(list, 0), QStringList{"b"});
 
         // A vanished folder lists nothing.
         QVERIFY(QDir(m_folder).removeRecursively());
         list.updateList();
+        QVERIFY(listed(list));
         QCOMPARE(list.topLevelItemCount(), 0);
         QCOMPARE(list.fileNames(), QStringList());
     }
@@ -134,20 +144,22 @@ private slots:
 
         dialog.setFileFilter({QStringLiteral("*.est11"), QStringLiteral("*.eur11")});
         dialog.setDirectory(m_folder);
-        QCOMPARE(label->text(), prefix + QStringLiteral("keinen Steuerfall."));
+        QTRY_COMPARE(label->text(), prefix + QStringLiteral("keinen Steuerfall."));
         QVERIFY(writeCaseFile(QStringLiteral("a.est11")));
         QVERIFY(writeCaseFile(QStringLiteral("notiz.txt")));
         dialog.loadValues();
-        QCOMPARE(label->text(), prefix + QStringLiteral("1 Steuerfall."));
+        QTRY_COMPARE(label->text(), prefix + QStringLiteral("1 Steuerfall."));
         QVERIFY(writeCaseFile(QStringLiteral("eins/zwei/b.eur11")));
         QVERIFY(writeCaseFile(QStringLiteral("eins/zwei/c.est11")));
 
         // A click counts the clicked folder; folders are no case files.
         const auto* model = qobject_cast<QFileSystemModel*>(tree->model());
+        const QModelIndex zwei = model->index(m_folder + QStringLiteral("eins/zwei"));
         dialog.show();
-        QTest::mouseClick(tree->viewport(), Qt::LeftButton, {},
-                          tree->visualRect(model->index(m_folder + QStringLiteral("eins/zwei"))).center());
-        QCOMPARE(label->text(), prefix + QStringLiteral("2 Steuerfälle."));
+        QVERIFY(QTest::qWaitForWindowExposed(&dialog));
+        tree->scrollTo(zwei);
+        QTest::mouseClick(tree->viewport(), Qt::LeftButton, {}, tree->visualRect(zwei).center());
+        QTRY_COMPARE(label->text(), prefix + QStringLiteral("2 Steuerfälle."));
     }
 };
 
