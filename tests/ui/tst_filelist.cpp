@@ -9,11 +9,14 @@
 #include <QFileSystemModel>
 #include <QLabel>
 #include <QScopeGuard>
+#include <QSemaphore>
 #include <QTest>
+#include <QThreadPool>
 #include <QTreeView>
 
 #include <ctime>
 
+#include <fcntl.h>
 #include <unistd.h>
 
 class FileListTest : public QObject
@@ -88,6 +91,81 @@ private slots:
                                     + (superuser ? QStringList{"nur lesen.est11"} : QStringList())));
         list.setCurrentItem(list.topLevelItem(2));
         QCOMPARE(list.selectedFileName(), m_folder + QStringLiteral("Fall.2011"));
+    }
+
+    // Names as an archive from other systems holds them: Latin-1 bytes, a
+    // line break; hidden files and a link that loops are not case files.
+    void listsEveryNameTheFolderHolds()
+    {
+        const QByteArray folder = QFile::encodeName(m_folder);
+        // Qt's own removal of the folder does not see that name.
+        const auto removeLatin1 = qScopeGuard([&] { unlink((folder + "M\xFCller 2011.est11").constData()); });
+        for (const QByteArray& name : {QByteArray("M\xFCller 2011.est11"), QByteArray("Zeile\nzwei.est11"),
+                                       QByteArray(".versteckt.est11")}) {
+            const int fd = open((folder + name).constData(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+            QVERIFY(fd >= 0);
+            close(fd);
+        }
+        QVERIFY(symlink("schleife.est11", (folder + "schleife.est11").constData()) == 0);
+
+        SCListView list(nullptr);
+        list.init(m_folder, {QStringLiteral("*.est11")});
+        QVERIFY(listed(list));
+        QCOMPARE(column(list, 0), (QStringList{"Müller 2011", "Zeile\nzwei"}));
+        QVERIFY(list.entries().at(0).latin1Name);
+        QCOMPARE(list.entries().at(0).localName, QByteArray("M\xFCller 2011.est11"));
+        QVERIFY(!list.entries().at(1).latin1Name);
+    }
+
+    // A newer refresh overtakes an older one: rows the older one delivered
+    // are dropped, never mixed in, and a refresh whose folder cannot be read
+    // yet (a slow mount, here a busy worker) returns at once.
+    void newerRefreshOvertakesAnOlderOne()
+    {
+        const QString other = m_folder + QStringLiteral("anderer/");
+        QVERIFY(QDir().mkpath(other));
+        for (int i = 0; i < 1500; ++i)
+            QVERIFY(writeCaseFile(QStringLiteral("alt %1.est11").arg(i)));
+        QVERIFY(writeCaseFile(QStringLiteral("anderer/neu.est11")));
+
+        SCListView list(nullptr);
+        list.init(m_folder, {QStringLiteral("*.est11")});
+        QThreadPool::globalInstance()->waitForDone();   // its rows now wait in the event queue
+        list.setRootDir(other);
+        QVERIFY(listed(list));
+        QCOMPARE(column(list, 0), QStringList{"neu"});
+        list.setCurrentItem(list.topLevelItem(0));
+
+        const int threads = QThreadPool::globalInstance()->maxThreadCount();
+        QThreadPool::globalInstance()->setMaxThreadCount(1);
+        QSemaphore slowMount;
+        QThreadPool::globalInstance()->start([&] { slowMount.acquire(); });
+        const auto restore = qScopeGuard([&] {
+            slowMount.release();
+            QThreadPool::globalInstance()->setMaxThreadCount(threads);
+        });
+
+        // The same folder again: the rows stay until the new ones arrive, and
+        // the current file stays current.
+        QVERIFY(writeCaseFile(QStringLiteral("anderer/a.est11")));
+        list.updateList();
+        QVERIFY(list.isListing());
+        QCOMPARE(column(list, 0), QStringList{"neu"});
+        slowMount.release();
+        QVERIFY(listed(list));
+        QCOMPARE(column(list, 0), (QStringList{"a", "neu"}));
+        QCOMPARE(list.currentItem()->text(0), QStringLiteral("neu"));
+
+        // Another folder drops the rows at once; of three refreshes queued
+        // behind a slow one only the last fills the list.
+        QThreadPool::globalInstance()->start([&] { slowMount.acquire(); });
+        list.setRootDir(m_folder);
+        list.updateList();
+        QCOMPARE(list.topLevelItemCount(), 0);
+        list.setRootDir(other);
+        slowMount.release();
+        QVERIFY(listed(list));
+        QCOMPARE(column(list, 0), (QStringList{"a", "neu"}));
     }
 
     void rebuildsOnlyWhenAsked()

@@ -5,12 +5,19 @@
 
 #include <QDir>
 #include <QFile>
-#include <QGuiApplication>
+#include <QApplication>
+#include <QProgressDialog>
+#include <QPushButton>
 #include <QRegularExpression>
 #include <QTest>
+#include <QTimer>
 #include <QUrl>
 
 #include <memory>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 class OverviewPageTest : public QObject
 {
@@ -106,6 +113,44 @@ private slots:
         page.setTaxFiles(m_folder, {QStringLiteral("Leer.est11")});
         page.show();
         QVERIFY(document().contains("<TD>Berta</TD>"));
+    }
+
+    // The user cancels while the second of three files is read (a pipe that
+    // answers only when the test opens it): the document of before stays,
+    // nothing unfinished is left and nothing is opened.
+    void cancellingLeavesTheFormerDocument()
+    {
+        QVERIFY(writeCaseFile(QStringLiteral("a.est11"), "<Person>A</Person>"));
+        const QByteArray pipe = QFile::encodeName(m_folder + QStringLiteral("b.est11"));
+        QVERIFY(mkfifo(pipe.constData(), 0600) == 0);
+        QVERIFY(writeCaseFile(QStringLiteral("c.est11"), "<Person>C</Person>"));
+        QVERIFY(writeCaseFile(QStringLiteral("Steuererklärungen 2011.html"), "alt"));
+
+        QTimer cancelWhileReading;
+        connect(&cancelWhileReading, &QTimer::timeout, this, [&] {
+            const int writer = open(pipe.constData(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
+            if (writer < 0)
+                return;   // the worker has not reached the pipe yet
+            for (QWidget* widget : QApplication::topLevelWidgets()) {
+                if (auto* progress = qobject_cast<QProgressDialog*>(widget))
+                    progress->findChild<QPushButton*>()->click();
+            }
+            close(writer);
+            cancelWhileReading.stop();
+        });
+        cancelWhileReading.start(5);
+
+        OverviewPage page;
+        page.setTaxFiles(m_folder, {QStringLiteral("a.est11"), QStringLiteral("b.est11"), QStringLiteral("c.est11")});
+        page.setCaption(QStringLiteral("Steuererklärungen 2011"));
+        page.show();
+        QVERIFY(!cancelWhileReading.isActive());
+        QCOMPARE(document(), QByteArray("alt"));
+        QCOMPARE(QDir(m_folder).entryList(QDir::Files | QDir::System),
+                 (QStringList{"a.est11", "b.est11", "c.est11", "Steuererklärungen 2011.html"}));
+        QCOMPARE(m_opened, QList<QUrl>());
+        QCOMPARE(m_boxes->boxes, QStringList());
+        QCOMPARE(QGuiApplication::overrideCursor(), nullptr);
     }
 
     void reportsWhatStopsTheOverview()
