@@ -137,8 +137,8 @@ QString Entry::completeBaseName() const
     return dot < 0 ? name : name.left(dot);
 }
 
-void read(const QString& folder, const QStringList& nameFilters, Access access, int batchSize,
-          const Cancelled& cancelled, const std::function<void(QList<Entry>&&)>& deliver)
+void read(const QString& folder, const QStringList& nameFilters, Access access, int firstBatch,
+          int largestBatch, const Cancelled& cancelled, const std::function<void(QList<Entry>&&)>& deliver)
 {
     OpenFolder dir(folder);
     if (!dir.isOpen())
@@ -166,6 +166,7 @@ void read(const QString& folder, const QStringList& nameFilters, Access access, 
 
     tzset();   // follow a change of the time zone since the last listing
     const Permissions permissions;
+    int batchSize = firstBatch;
     QList<Entry> batch;
     batch.reserve(batchSize);
     for (Candidate& candidate : candidates) {
@@ -180,6 +181,7 @@ void read(const QString& folder, const QStringList& nameFilters, Access access, 
         batch.append(std::move(candidate.entry));
         if (batch.size() >= batchSize) {
             deliver(std::move(batch));
+            batchSize = std::min(2 * batchSize, largestBatch);
             batch = QList<Entry>();
             batch.reserve(batchSize);
         }

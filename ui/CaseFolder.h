@@ -36,11 +36,12 @@ using Cancelled = std::function<bool()>;
 
 // The files of folder that match one of the patterns (wildcards, case
 // ignored), without hidden files and folders, sorted by name with case
-// ignored. They are handed to deliver in batches of at most batchSize, in
-// order. A folder that cannot be read delivers nothing; files that vanish
-// during the read are left out.
-void read(const QString& folder, const QStringList& nameFilters, Access access, int batchSize,
-          const Cancelled& cancelled, const std::function<void(QList<Entry>&&)>& deliver);
+// ignored. They are handed to deliver in order, in batches that start at
+// firstBatch entries and double up to largestBatch: the first rows come
+// quickly, and a large folder takes few deliveries. A folder that cannot be
+// read delivers nothing; files that vanish during the read are left out.
+void read(const QString& folder, const QStringList& nameFilters, Access access, int firstBatch,
+          int largestBatch, const Cancelled& cancelled, const std::function<void(QList<Entry>&&)>& deliver);
 
 // The number of files read() would list with Access::Any; stat is called only
 // for names the folder entry does not already tell to be plain files.

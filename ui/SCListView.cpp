@@ -6,12 +6,24 @@
 
 #include <QApplication>
 #include <QStyle>
+#include <QThreadPool>
 
 namespace {
 
-// Rows per batch: small enough that adding one batch stays far below a
-// frame, large enough that the event loop is not flooded.
-constexpr int rowsPerBatch = 1000;
+// Rows per batch. Adding rows is cheap, but every batch makes the view lay
+// out all its rows again at the next paint, so batches grow as the list does.
+constexpr int firstBatch = 500;
+constexpr int largestBatch = 8000;
+
+// Rows without a view are plain objects; many of them are deleted on a
+// worker, since that takes longer than a frame.
+void deleteRows(QList<QTreeWidgetItem*> rows)
+{
+    if (rows.size() < firstBatch)
+        qDeleteAll(rows);
+    else
+        QThreadPool::globalInstance()->start([rows = std::move(rows)] { qDeleteAll(rows); });
+}
 
 } // namespace
 
@@ -20,7 +32,7 @@ struct SCListView::Batch
 {
     QList<CaseFolder::Entry> entries;
     QList<QTreeWidgetItem*> rows;
-    ~Batch() { qDeleteAll(rows); }
+    ~Batch() { deleteRows(std::move(rows)); }
 };
 
 SCListView::SCListView(QWidget* parent)
@@ -43,6 +55,8 @@ void SCListView::init(const QString& folder, const QStringList& nameFilters)
 {
     if (folder != m_rootDir)
         pointAt(folder);
+    else if (nameFilters != m_nameFilters)
+        clearRows();   // rows of other patterns must not stay in view
     setNameFilters(nameFilters);
     updateList();
 }
@@ -64,7 +78,6 @@ void SCListView::updateList()
 {
     const CaseFolder::Entry* current = entryOf(currentItem());
     m_keepCurrent = current ? current->localName : QByteArray();
-    m_replacing = topLevelItemCount() > 0;
     startListing();
 }
 
@@ -106,11 +119,12 @@ void SCListView::clearRows()
 void SCListView::startListing()
 {
     m_listing = true;
+    m_filledRows = 0;
     updateNameColumnWidth();
     LatestRequest::start(m_reading, [this, folder = m_rootDir, nameFilters = m_nameFilters](
                                         LatestRequest& reading, quint64 request) {
         CaseFolder::read(
-            folder, nameFilters, CaseFolder::Access::ReadAndWrite, rowsPerBatch,
+            folder, nameFilters, CaseFolder::Access::ReadAndWrite, firstBatch, largestBatch,
             [&] { return !reading.isCurrent(request); },
             [&](QList<CaseFolder::Entry>&& entries) {
                 auto batch = std::make_shared<Batch>();
@@ -125,22 +139,34 @@ void SCListView::startListing()
     });
 }
 
+// The rows of the listing before stay in view and are overwritten in place
+// where they differ, so that a refresh of an unchanged folder costs the view
+// nothing and keeps its scroll position; rows beyond the old ones are added.
 void SCListView::takeBatch(Batch& batch)
 {
-    if (m_replacing) {
-        m_replacing = false;
-        clearRows();
+    const int existing = topLevelItemCount();
+    const qsizetype inPlace = std::clamp<qsizetype>(existing - m_filledRows, 0, batch.entries.size());
+    for (qsizetype i = 0; i < inPlace; ++i) {
+        QTreeWidgetItem* row = topLevelItem(m_filledRows + int(i));
+        const QTreeWidgetItem* fresh = batch.rows.at(i);
+        for (int column = 0; column < 2; ++column) {
+            if (row->text(column) != fresh->text(column))
+                row->setText(column, fresh->text(column));
+        }
+        m_entries[m_filledRows + i] = batch.entries.at(i);
     }
-    const qsizetype first = m_entries.size();
-    m_entries.append(batch.entries);
-    addTopLevelItems(batch.rows);
-    batch.rows.clear();
+    m_entries.append(batch.entries.mid(inPlace));
+    addTopLevelItems(batch.rows.mid(inPlace));
+    batch.rows.remove(inPlace, batch.rows.size() - inPlace);
 
+    const int first = m_filledRows;
+    m_filledRows += int(batch.entries.size());
     if (m_keepCurrent.isEmpty())
         return;
-    for (qsizetype i = first; i < m_entries.size(); ++i) {
+    for (int i = first; i < m_filledRows; ++i) {
         if (m_entries.at(i).localName == m_keepCurrent) {
-            setCurrentItem(topLevelItem(int(i)));
+            if (currentItem() != topLevelItem(i))
+                setCurrentItem(topLevelItem(i));
             m_keepCurrent.clear();
             break;
         }
@@ -149,10 +175,12 @@ void SCListView::takeBatch(Batch& batch)
 
 void SCListView::finishListing()
 {
-    if (m_replacing) {
-        m_replacing = false;
+    const int surplus = topLevelItemCount() - m_filledRows;
+    if (m_filledRows == 0)
         clearRows();
-    }
+    else if (surplus > 0)
+        model()->removeRows(m_filledRows, surplus);
+    m_entries.resize(m_filledRows);
     m_keepCurrent.clear();
     m_listing = false;
     emit listingFinished();

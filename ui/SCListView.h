@@ -37,8 +37,8 @@ public:
     void setRootDir(const QString& folder);
     // Takes effect with the next rebuild; set the patterns before the folder.
     void setNameFilters(const QStringList& nameFilters);
-    // Reads the folder again. The rows of the same folder stay until the new
-    // ones arrive, and the current file stays current.
+    // Reads the folder again. The rows stay and are updated in place as the
+    // new listing arrives, and the current file stays current.
     void updateList();
 
     // True from a rebuild until its last row is in.
@@ -72,7 +72,6 @@ private:
     QList<CaseFolder::Entry> m_entries;
     std::shared_ptr<LatestRequest> m_reading;
     bool m_listing = false;
-    // Rows of the folder shown before this rebuild, replaced by the first batch.
-    bool m_replacing = false;
+    int m_filledRows = 0;   // rows the running rebuild has written so far
     QByteArray m_keepCurrent;   // the current file's name, made current again when its row arrives
 };
