@@ -460,9 +460,15 @@ void ActionPage::openCurrentItem()
 // does a name the user chose not to convert: the list is read again instead.
 void ActionPage::openTreeItem(QTreeWidgetItem* item, int)
 {
-    const CaseFolder::Entry* entry = m_fileView->entryOf(item);
-    const QString path = entry ? CaseFiles::openablePath(m_folder, *entry, this) : QString();
-    if (path.isEmpty() || entry->latin1Name)
+    const CaseFolder::Entry* listed = m_fileView->entryOf(item);
+    if (!listed) {
+        updateFileView();
+        return;
+    }
+    // A copy: the list may go on filling while a box is open.
+    const CaseFolder::Entry entry = *listed;
+    const QString path = CaseFiles::openablePath(m_folder, entry, this);
+    if (path.isEmpty() || entry.latin1Name)
         updateFileView();
     if (!path.isEmpty())
         emit startORVClicked(path);

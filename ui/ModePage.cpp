@@ -309,7 +309,9 @@ void ModePage::openSelectedFile()
         return;
     const CaseFolder::Entry* entry = m_fileView->entryOf(m_fileView->currentItem());
     if (entry && entry->latin1Name) {
-        const bool renamed = !CaseFiles::openablePath(lastWorkDir(), *entry, this).isEmpty();
+        // A copy: the list may go on filling while the box is open.
+        const CaseFolder::Entry latin1 = *entry;
+        const bool renamed = !CaseFiles::openablePath(lastWorkDir(), latin1, this).isEmpty();
         m_fileView->updateList();
         if (!renamed)
             return;
