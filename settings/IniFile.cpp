@@ -292,7 +292,8 @@ bool cIniFile::WriteString(const char* section, const char* key, const char* val
     else
         SectionKeys(orEmpty(section)).clear();
     m_modified = true;
-    Flush();
+    if (m_writeHolds == 0)
+        Flush();
     return true;
 }
 
@@ -342,6 +343,17 @@ void cIniFile::Flush()
         return;
     replaceFileContent(m_path, Serialize());
     m_modified = false;
+}
+
+void cIniFile::HoldWrites()
+{
+    ++m_writeHolds;
+}
+
+void cIniFile::ReleaseWrites()
+{
+    if (m_writeHolds > 0 && --m_writeHolds == 0)
+        Flush();
 }
 
 void cIniFile::SaveAs(const std::string& path)

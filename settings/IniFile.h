@@ -48,8 +48,8 @@ public:
     int GetInt(const char* section, const char* key, int defaultValue);
     unsigned int GetUnsignedInt(const char* section, const char* key, unsigned int defaultValue);
 
-    // Each write goes to disk at once. A null key empties the section but
-    // keeps it. Always returns true.
+    // Each write goes to disk at once, unless writes are held. A null key
+    // empties the section but keeps it. Always returns true.
     bool WriteString(const char* section, const char* key, const char* value);
     bool WriteInt(const char* section, const char* key, int value);
 
@@ -63,6 +63,11 @@ public:
     const std::string* FindKey(const std::string& section, const std::string& key) const;
 
     void Flush();
+    // Between these two, writes only change the contents in memory; the end
+    // of the outermost pair writes the file once. For callers that write
+    // many keys at once.
+    void HoldWrites();
+    void ReleaseWrites();
     // Writes everything to path, which becomes the file's path; nothing is re-read.
     void SaveAs(const std::string& path);
 
@@ -86,6 +91,7 @@ private:
     SectionMap m_sections;
     std::int32_t m_timestamp = 0;
     bool m_modified = false;
+    int m_writeHolds = 0;
     bool m_caseSensitive = false;
     bool m_semicolonIsText = false;
 };

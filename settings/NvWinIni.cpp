@@ -144,6 +144,19 @@ int cNvWinIni::GetInt(const char* section, const char* key, int defaultValue)
     return StringFunctions::stringToInt(GetString(section, key, defaultText.c_str()));
 }
 
+cNvWinIni::BulkWrite::BulkWrite(cNvWinIni& settings)
+    : m_settings(settings)
+{
+    m_settings.m_userModusIni.HoldWrites();
+    m_settings.m_userGlobalIni.HoldWrites();
+}
+
+cNvWinIni::BulkWrite::~BulkWrite()
+{
+    m_settings.m_userModusIni.ReleaseWrites();
+    m_settings.m_userGlobalIni.ReleaseWrites();
+}
+
 bool cNvWinIni::WriteString(const char* section, const char* key, const char* value)
 {
     if (!userFolderUsable())
@@ -268,6 +281,7 @@ bool cNvWinIni::applyIniSettings(const std::string& path)
         return false;
 
     clearCache();
+    const BulkWrite oneWritePerFile(*this);
     for (const std::string& section : CrossPlatformApi::getIniSections(path)) {
         for (const std::string& entry : CrossPlatformApi::getIniSectionEntries(section, path)) {
             std::string key;

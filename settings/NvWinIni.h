@@ -45,6 +45,21 @@ public:
     std::string setModus(const std::string& mode);
     std::string getModus() const;
 
+    // For as long as it lives, writes to the user files stay in memory; at
+    // its end each changed file is written once. The result on disk is that
+    // of the same writes made one by one.
+    class BulkWrite
+    {
+    public:
+        explicit BulkWrite(cNvWinIni& settings);
+        ~BulkWrite();
+        BulkWrite(const BulkWrite&) = delete;
+        BulkWrite& operator=(const BulkWrite&) = delete;
+
+    private:
+        cNvWinIni& m_settings;
+    };
+
     std::string GetString(const char* section, const char* key, const char* defaultValue);
     int GetInt(const char* section, const char* key, int defaultValue);
     bool WriteString(const char* section, const char* key, const char* value);
@@ -75,7 +90,8 @@ public:
     // Applies "default.ini" of the application folder and switches the
     // request off, so that the defaults are applied once.
     bool setDefaultSettings();
-    // Writes every entry of an INI file through WriteString.
+    // Writes every entry of an INI file through WriteString, each user file
+    // once at the end.
     bool applyIniSettings(const std::string& path);
 
     // Deletes the user's copies of all mode files and of the main

@@ -257,6 +257,10 @@ void ActionPage::buildFileView()
     connect(m_homeButton, &QToolButton::clicked, this, &ActionPage::gotoHomeDataDir);
     connect(m_fileView, &QTreeWidget::itemDoubleClicked, this, &ActionPage::openTreeItem);
     connect(m_fileView, &QTreeWidget::itemSelectionChanged, this, &ActionPage::updateOpenButton);
+    connect(m_fileView, &SCListView::listingFinished, this, [this] {
+        workDirChanged();
+        updateOpenButton();
+    });
     connect(m_openButton, &QPushButton::clicked, this, &ActionPage::openCurrentItem);
     connect(m_overviewButton, &QPushButton::clicked, this, &ActionPage::showOverview);
 }
@@ -433,14 +437,17 @@ void ActionPage::workDirChanged()
     m_folderLabel->setText(QStringLiteral("Verzeichnis: ") + folder);
     m_folderLabel->setToolTip(folder);
 
-    const bool hasFiles = m_fileView->topLevelItemCount() > 0;
+    // While the folder is read the list stays in view; the overview waits
+    // for the whole listing.
+    const bool listed = m_fileView->topLevelItemCount() > 0;
+    const bool hasFiles = listed || m_fileView->isListing();
     m_emptyFolderLabel->setText(hasFiles ? QString()
                                          : QStringLiteral("Im Verzeichnis »") + folder
                                                + QStringLiteral("« konnten keine Dateien gefunden werden."));
     m_fileView->setVisible(hasFiles);
     m_emptyFolderLabel->setVisible(!hasFiles);
     m_openButton->setEnabled(hasFiles);
-    m_overviewButton->setEnabled(hasFiles);
+    m_overviewButton->setEnabled(listed && !m_fileView->isListing());
 }
 
 // A file name found at the last refresh may be gone by the time the user
@@ -483,22 +490,22 @@ void ActionPage::openCurrentItem()
         openLastFile();
 }
 
-// The rows and fileNames() list the same folder with the same filter and
-// order, so a row's index names its file. A row that no longer matches its
-// file, or whose file has gone since the rows were built, sends nothing: the
-// list is rebuilt instead.
+// A row whose file has gone since the rows were built sends nothing, nor
+// does a name the user chose not to convert: the list is read again instead.
 void ActionPage::openTreeItem(QTreeWidgetItem* item, int)
 {
-    const int row = m_fileView->indexOfTopLevelItem(item);
-    const QStringList names = m_fileView->fileNames();
-    const bool matches = row >= 0 && row < names.size()
-                         && QFileInfo(names.at(row)).completeBaseName() == item->text(0)
-                         && QFileInfo(m_folder + names.at(row)).isFile();
-    if (!matches) {
+    const CaseFolder::Entry* listed = m_fileView->entryOf(item);
+    if (!listed) {
         updateFileView();
         return;
     }
-    emit startORVClicked(m_folder + names.at(row));
+    // A copy: the list may go on filling while a box is open.
+    const CaseFolder::Entry entry = *listed;
+    const QString path = CaseFiles::openablePath(m_folder, entry, this);
+    if (path.isEmpty() || entry.latin1Name)
+        updateFileView();
+    if (!path.isEmpty())
+        emit startORVClicked(path);
 }
 
 void ActionPage::updateOpenButton()

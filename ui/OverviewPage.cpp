@@ -7,9 +7,13 @@
 #include "FolderManager.h"
 #include "OverviewMarkup.h"
 
+#include <QApplication>
 #include <QDateTime>
+#include <QEventLoop>
 #include <QFileInfo>
-#include <QGuiApplication>
+#include <QProgressDialog>
+#include <QThread>
+#include <QTimer>
 #include <QUrl>
 
 namespace {
@@ -99,20 +103,26 @@ void OverviewPage::show()
             return;
         }
         m_file.setFileName(overviewFolder() + m_caption + QStringLiteral(".html"));
-        if (!m_file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text,
-                         QFileDevice::ReadOwner | QFileDevice::WriteOwner)) {
+        if (!m_file.open(QIODevice::WriteOnly | QIODevice::Text)) {
             QGuiApplication::restoreOverrideCursor();
             showBox(QMessageBox::Critical, overviewTitle,
                     QStringLiteral("Die HTML-Datei zur Steuerfall-Übersicht konnte nicht erstellt werden!"));
             return;
         }
-        QString document;
-        m_stream.setString(&document);
-        writeHTML();
-        m_stream.flush();
-        m_stream.setDevice(nullptr);
-        m_file.write(latin1WithCharacterReferences(document));
-        m_file.close();
+        const bool complete = writeInBackground();
+        if (!complete) {
+            m_file.cancelWriting();
+            m_file.commit();   // removes the unfinished document
+            QGuiApplication::restoreOverrideCursor();
+            return;
+        }
+        if (!m_file.commit()) {
+            QGuiApplication::restoreOverrideCursor();
+            showBox(QMessageBox::Critical, overviewTitle,
+                    QStringLiteral("Die HTML-Datei zur Steuerfall-Übersicht konnte nicht erstellt werden!"));
+            return;
+        }
+        QFile::setPermissions(m_file.fileName(), QFileDevice::ReadOwner | QFileDevice::WriteOwner);
         m_writeNeeded = false;
     }
     QGuiApplication::restoreOverrideCursor();
@@ -126,6 +136,44 @@ void OverviewPage::show()
                                "Sie finden die Übersichts-Datei unter\n")
                     + path);
     }
+}
+
+bool OverviewPage::writeInBackground()
+{
+    m_rowsWritten = 0;
+    m_cancelRequested = false;
+
+    QProgressDialog progress(QStringLiteral("Die Datei-Übersicht wird erstellt ..."),
+                             QStringLiteral("Abbrechen"), 0, int(m_fileNames.size()),
+                             QApplication::activeWindow());
+    progress.setWindowTitle(overviewTitle);
+    progress.setWindowModality(Qt::ApplicationModal);
+    progress.setMinimumDuration(400);
+    progress.setAutoClose(false);
+    progress.setAutoReset(false);
+    QObject::connect(&progress, &QProgressDialog::canceled, [this] { m_cancelRequested = true; });
+
+    QTimer poll;
+    poll.setInterval(50);
+    QObject::connect(&poll, &QTimer::timeout, [&] { progress.setValue(m_rowsWritten); });
+
+    QEventLoop loop;
+    // The document is made as text and written as Latin-1 with character
+    // references for everything beyond it, all on the worker.
+    std::unique_ptr<QThread> worker(QThread::create([this] {
+        QString document;
+        m_stream.setString(&document);
+        writeHTML();
+        m_stream.flush();
+        m_stream.setString(nullptr);
+        m_file.write(latin1WithCharacterReferences(document));
+    }));
+    QObject::connect(worker.get(), &QThread::finished, &loop, &QEventLoop::quit);
+    worker->start();
+    poll.start();
+    loop.exec();
+    worker->wait();
+    return !m_cancelRequested;
 }
 
 void OverviewPage::writeHTML()
@@ -174,6 +222,9 @@ void OverviewPage::writeHTML()
 void OverviewPage::writeFileInfo()
 {
     for (const QString& fileName : m_fileNames) {
+        if (m_cancelRequested)
+            return;
+        ++m_rowsWritten;
         const QFileInfo file(m_folder + fileName);
         if (!file.exists())
             continue;

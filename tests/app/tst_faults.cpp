@@ -224,7 +224,7 @@ private slots:
         QCOMPARE(page->recommendedAction(), ActionPage::ActionNew);
         QVERIFY(!page->actionButton(ActionPage::ActionLast)->isEnabled());
         QCOMPARE(QDir::cleanPath(page->lastWorkDir()), QDir::cleanPath(home));
-        QVERIFY(page->findChild<QLabel*>(QStringLiteral("emptyFolderLabel"))->text().contains(home));
+        QTRY_VERIFY(page->findChild<QLabel*>(QStringLiteral("emptyFolderLabel"))->text().contains(home));
         QVERIFY(!page->findChild<QPushButton*>(QStringLiteral("overviewButton"))->isEnabled());
         QVERIFY(boxes.boxes.isEmpty());
 

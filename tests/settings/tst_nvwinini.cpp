@@ -2,15 +2,19 @@
 #include "TempInstallation.h"
 #include "TestMain.h"
 
+#include "ApplicationInfo.h"
 #include "Exceptions.h"
+#include "StringFunctions.h"
 
 #include <QDir>
 #include <QFileInfo>
+#include <QMap>
 #include <QScopeGuard>
 
 #include <memory>
 
 #include <pwd.h>
+#include <sys/inotify.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -177,6 +181,52 @@ private slots:
         QCOMPARE(get("Foo"), "x");
         settings()->setModus("normal");
         QCOMPARE(get("Foo"), "mine");
+    }
+
+    // Applying a settings file in bulk leaves the user files as key-by-key
+    // writes do, each written once.
+    void bulkApplyWritesEachUserFileOnce()
+    {
+        m_install->writeResource("default.ini", "[Start]\nGlobalOnly=fromDefault\nShared=d\nNeu=1\n"
+                                                "[Andere]\nx=y\nleer=\n");
+        const std::string defaults = cApplicationInfo::theInstance()->getFilenameInAppDir("default.ini");
+        QVERIFY(settings()->setGlobalIniName(cszNvWinIniName));
+        settings()->setModus("normal");
+        for (const std::string& section : CrossPlatformApi::getIniSections(defaults)) {
+            for (const std::string& entry : CrossPlatformApi::getIniSectionEntries(section, defaults)) {
+                std::string key;
+                std::string value;
+                QVERIFY(StringFunctions::split(entry, "=", key, value));
+                settings()->WriteString(section.c_str(), key.c_str(), value.c_str());
+            }
+        }
+        const QByteArray globalOneByOne = m_install->readFile(userDir() + "ORVKonf.user.ini");
+        const QByteArray modeOneByOne = m_install->readFile(userDir() + "normal.user.ini");
+        QVERIFY(globalOneByOne.contains("globalonly=fromDefault"));
+        QVERIFY(modeOneByOne.contains("x=y"));
+        QVERIFY(QFile::remove(userDir() + "ORVKonf.user.ini") && QFile::remove(userDir() + "normal.user.ini"));
+        cNvWinIni::resetInstance();
+        QVERIFY(settings()->setGlobalIniName(cszNvWinIniName));
+        settings()->setModus("normal");
+
+        const int events = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+        QVERIFY(events >= 0);
+        QVERIFY(inotify_add_watch(events, QFile::encodeName(userDir()).constData(), IN_MOVED_TO | IN_CLOSE_WRITE) >= 0);
+        QVERIFY(settings()->applyIniSettings(defaults));
+        QMap<QString, int> writes;
+        alignas(inotify_event) char buffer[8192];
+        for (ssize_t size; (size = read(events, buffer, sizeof buffer)) > 0;) {
+            for (char* at = buffer; at < buffer + size;) {
+                const auto* event = reinterpret_cast<const inotify_event*>(at);
+                ++writes[QFile::decodeName(event->name)];
+                at += sizeof(inotify_event) + event->len;
+            }
+        }
+        close(events);
+        QCOMPARE(writes.value(QStringLiteral("ORVKonf.user.ini")), 1);
+        QCOMPARE(writes.value(QStringLiteral("normal.user.ini")), 1);
+        QCOMPARE(m_install->readFile(userDir() + "ORVKonf.user.ini"), globalOneByOne);
+        QCOMPARE(m_install->readFile(userDir() + "normal.user.ini"), modeOneByOne);
     }
 
     void removeUserModusIniFilesDeletesUserCopies()

@@ -1,6 +1,7 @@
 #include "ActionPage.h"
 #include "OnlineUpdate.h"
 #include "PixmapManager.h"
+#include "SCListView.h"
 #include "SelectionButton.h"
 #include "StartCenter.h"
 #include "TestMain.h"
@@ -27,6 +28,9 @@
 #include <algorithm>
 #include <memory>
 #include <set>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 #ifndef SC_DEMO_ORV
 #error "SC_DEMO_ORV must name the built demo tax program"
@@ -546,6 +550,63 @@ private slots:
                                           {QStringLiteral("-mode=einur"), QStringLiteral("-n")}};
         QCOMPARE(loggedStarts(), expected);
         QVERIFY(window->isVisible());
+    }
+
+    // An archive from an older system: a name that is not UTF-8 is listed
+    // read as Latin-1, and opening it asks to rename it to UTF-8 first.
+    void latin1NamesAreRenamedBeforeOpening()
+    {
+        const auto window = shownWindow();
+        QVERIFY(window);
+        auto* page = window->findChild<ActionPage*>(QStringLiteral("pageNormal"));
+        auto* list = page->findChild<SCListView*>(QStringLiteral("fileView"));
+        const QString folder = page->lastWorkDir();
+        const QByteArray oldPath = QFile::encodeName(folder) + "M\xFCller 2011.est11";
+        const QString newPath = folder + QStringLiteral("Müller 2011.est11");
+        const int fd = open(oldPath.constData(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+        QVERIFY(fd >= 0);
+        close(fd);
+        const auto exists = [](const QByteArray& path) { return access(path.constData(), F_OK) == 0; };
+        const auto openLatin1Row = [&] {
+            page->updateUI();
+            QVERIFY(QTest::qWaitFor([&] { return !list->isListing(); }));
+            for (int row = 0; row < list->topLevelItemCount(); ++row) {
+                const CaseFolder::Entry* entry = list->entryOf(list->topLevelItem(row));
+                if (entry->latin1Name) {
+                    QCOMPARE(list->topLevelItem(row)->text(0), QStringLiteral("Müller 2011"));
+                    emit list->itemDoubleClicked(list->topLevelItem(row), 0);
+                    return;
+                }
+            }
+            QFAIL("the Latin-1 name is not listed");
+        };
+
+        // No: the file stays as it is and nothing starts.
+        m_boxes->answer = QMessageBox::No;
+        openLatin1Row();
+        QCOMPARE(m_boxes->boxes.size(), 1);
+        QVERIFY(m_boxes->boxes.takeFirst().startsWith(QStringLiteral("Dateiname umwandeln|")));
+        QVERIFY(exists(oldPath));
+
+        // Yes, but the UTF-8 name is taken: that file is kept, nothing starts.
+        QVERIFY(m_install->writeFile(QDir(m_install->root()).relativeFilePath(newPath), "neu"));
+        m_boxes->answer = QMessageBox::Yes;
+        openLatin1Row();
+        QCOMPARE(m_boxes->boxes.size(), 2);
+        m_boxes->boxes.clear();
+        QVERIFY(exists(oldPath));
+        QCOMPARE(m_install->readFile(newPath), QByteArray("neu"));
+        QCOMPARE(window->runningCount(), 0);
+
+        // Yes: renamed and opened under its new name.
+        QVERIFY(QFile::remove(newPath));
+        openLatin1Row();
+        QCOMPARE(m_boxes->boxes.size(), 1);
+        m_boxes->boxes.clear();
+        QVERIFY(!exists(oldPath));
+        QVERIFY(QFileInfo::exists(newPath));
+        QTRY_COMPARE_WITH_TIMEOUT(window->runningCount(), 0, processTimeoutMs);
+        QCOMPARE(loggedStarts(), (QList<QStringList>{{QStringLiteral("-mode=normal"), newPath}}));
     }
 
     void brokenInstallationIsReportedAndNothingHides()

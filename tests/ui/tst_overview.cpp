@@ -7,11 +7,16 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QGuiApplication>
+#include <QApplication>
+#include <QProgressDialog>
+#include <QPushButton>
 #include <QRegularExpression>
 #include <QTest>
+#include <QTimer>
 #include <QUrl>
 
 #include <memory>
+
 
 class OverviewPageTest : public QObject
 {
@@ -118,6 +123,45 @@ private slots:
         page.setTaxFiles(m_folder, {QStringLiteral("Leer.est11")});
         page.show();
         QVERIFY(document().contains("<TD>Berta</TD>"));
+    }
+
+    // The user cancels while the files are read: the document of before
+    // stays, nothing unfinished is left and nothing is opened. The click
+    // comes at the first turn of the event loop that waits for the worker,
+    // long before it has read its thousands of files.
+    void cancellingLeavesTheFormerDocument()
+    {
+        QStringList names;
+        for (int i = 0; i < 3000; ++i) {
+            names << QStringLiteral("%1.est11").arg(i);
+            QVERIFY(writeCaseFile(names.last(), "<Person>P</Person>"));
+        }
+        QVERIFY(QDir().mkpath(cacheFolder()));
+        QFile former(documentPath());
+        QVERIFY(former.open(QIODevice::WriteOnly) && former.write("alt") == 3);
+        former.close();
+
+        bool cancelled = false;
+        QTimer::singleShot(0, this, [&] {
+            for (QWidget* widget : QApplication::topLevelWidgets()) {
+                if (auto* progress = qobject_cast<QProgressDialog*>(widget)) {
+                    progress->findChild<QPushButton*>()->click();
+                    cancelled = true;
+                }
+            }
+        });
+
+        OverviewPage page;
+        page.setTaxFiles(m_folder, names);
+        page.setCaption(QStringLiteral("Steuererklärungen 2011"));
+        page.show();
+        QVERIFY(cancelled);
+        QCOMPARE(document(), QByteArray("alt"));
+        QCOMPARE(QDir(cacheFolder()).entryList(QDir::Files | QDir::Hidden | QDir::System),
+                 QStringList{QStringLiteral("Steuererklärungen 2011.html")});
+        QCOMPARE(m_opened, QList<QUrl>());
+        QCOMPARE(m_boxes->boxes, QStringList());
+        QCOMPARE(QGuiApplication::overrideCursor(), nullptr);
     }
 
     void reportsWhatStopsTheOverview()
