@@ -95,11 +95,12 @@ int exitCodeOf(const QProcess& process)
     return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
 }
 
-// A check whose exit code came from the update program itself (not a failure
-// to run it) counts as the last version check.
-bool updateProgramAnswered(int code)
+// Only a check that reached its verdict (the installed version is current, or
+// a newer one exists) counts as the last version check; after any failure the
+// next start tries again.
+bool checkCompleted(int code)
 {
-    return code >= 0 && (code < OnlineUpdate::ManagerNotInstalled || code > OnlineUpdate::ManagerCannotStart);
+    return code == OnlineUpdate::VersionCurrent || code == OnlineUpdate::NewVersionAvailable;
 }
 
 bool isInputEvent(QEvent::Type type)
@@ -195,7 +196,7 @@ void OnlineUpdate::versionCheckThreadFinished()
     m_thread->deleteLater();
     m_thread = nullptr;
     rememberExitCode(code);
-    if (updateProgramAnswered(code))
+    if (checkCompleted(code))
         writeLastCheck();
     m_lastBackgroundResult = code;
 }
@@ -275,7 +276,7 @@ void OnlineUpdate::rememberExitCode(int code)
 int OnlineUpdate::runCheck(const QString& args)
 {
     const int code = execOuExe(args);
-    if (updateProgramAnswered(code))
+    if (checkCompleted(code))
         writeLastCheck();
     return code;
 }

@@ -22,6 +22,7 @@ public:
     // Exit codes of the update program, and the controller's own value for a
     // background check that is still running.
     enum ExitCode {
+        VersionCurrent = 0,
         NewVersionAvailable = 2,
         UpdateDone = 80,
         ManagerNotInstalled = 82,
