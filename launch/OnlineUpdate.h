@@ -96,9 +96,6 @@ public:
 public slots:
     void versionCheckThreadFinished();
 
-protected:
-    bool eventFilter(QObject* watched, QEvent* event) override;
-
 private:
     friend class SingletonSlot<OnlineUpdate>;
     OnlineUpdate();
@@ -108,7 +105,6 @@ private:
 
     std::string m_programPath;   // Latin-1
     QString m_exitCodeText;
-    int m_runsOnGuiThread = 0;   // nested runs share one input filter
     int m_lastBackgroundResult = 0;
     CheckVersionBackgroundThread* m_thread = nullptr;
 };
