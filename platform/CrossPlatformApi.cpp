@@ -353,7 +353,7 @@ QString bundleExecutable(const QString& program)
     const QFileInfo info(program);
     if (!info.isDir() || !program.endsWith(QLatin1String(".app")))
         return program;
-    std::string name = BundleInfo::forPath(program.toLatin1().toStdString()).value("CFBundleExecutable");
+    std::string name = BundleInfo::at(program.toLatin1().toStdString()).value("CFBundleExecutable");
     const QString executable = name.empty() ? info.completeBaseName() : QString::fromLatin1(name.c_str());
     return info.absoluteFilePath() + QStringLiteral("/Contents/MacOS/") + executable;
 }

@@ -274,19 +274,19 @@ private slots:
                                         "https://support.marvendo.example/netviewer"}));
         QCOMPARE(m_started.size(), 0);
 
-        // Declining the uninstallation changes nothing; accepting it starts the
-        // removal and ends the event loop with status 0.
+        // Declining the uninstallation changes nothing; accepting it removes
+        // the installation and ends the event loop with status 0.
+        QVERIFY(m_install->addStandInProgram("dpkg-query", "exit 1"));
         answer.button = QMessageBox::Cancel;
         trigger("actionUninstall");
-        QCOMPARE(m_started.size(), 0);
+        QVERIFY(QFileInfo::exists(m_install->bundleDir()));
         answer.button = QMessageBox::Ok;
         QTimer::singleShot(0, &window, [&trigger] { trigger("actionUninstall"); });
         QTimer timeUp;
         connect(&timeUp, &QTimer::timeout, [] { QCoreApplication::exit(7); });
         timeUp.start(5000);
         QCOMPARE(QCoreApplication::exec(), 0);
-        QCOMPARE(m_started.value(0).value(0), "/bin/sh");
-        QVERIFY(m_started.value(0).value(2).endsWith(QLatin1Char('"') + m_install->bundleDir() + "\" "));
+        QVERIFY(!QFileInfo::exists(m_install->bundleDir()));
     }
 };
 
