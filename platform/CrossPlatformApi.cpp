@@ -308,6 +308,24 @@ QProcessEnvironment desktopEnvironment()
 // that ends: still running after this long, it counts as showing the document.
 constexpr int openerVerdictMs = 3000;
 
+// A process that runs on after its caller is done with it: deleted when it
+// ends, or by the application as it quits (which ends the process, but not
+// the programs it started).
+void keepUntilFinished(QProcess* process)
+{
+    QCoreApplication* application = QCoreApplication::instance();
+    QObject::connect(process, &QProcess::finished, process, &QObject::deleteLater);
+    if (!application)
+        return;
+    if (process->thread() == application->thread()) {
+        process->setParent(application);
+        return;
+    }
+    process->moveToThread(application->thread());
+    QMetaObject::invokeMethod(application, [process, application] { process->setParent(application); },
+                              Qt::QueuedConnection);
+}
+
 bool openWithDesktop(const QUrl& url)
 {
     auto* opener = new QProcess;
@@ -323,7 +341,7 @@ bool openWithDesktop(const QUrl& url)
         return false;
     }
     if (!ProcessWait::finished(*opener, openerVerdictMs)) {
-        QObject::connect(opener, &QProcess::finished, opener, &QObject::deleteLater);
+        keepUntilFinished(opener);
         return true;
     }
     const bool opened = opener->exitStatus() == QProcess::NormalExit && opener->exitCode() == 0;
