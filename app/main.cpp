@@ -59,14 +59,15 @@ void reportMissingImageContainer()
 }
 
 // Child programs inherit the library search path: the bundle's Frameworks
-// folder and the folders of "Settings"/"DYLD_PATH".
+// folder and the folders of "Settings"/"DYLD_PATH" (the key keeps the name
+// the installations' files know it by).
 void exportLibrarySearchPath(const QDir& contents)
 {
     QString path = contents.absoluteFilePath(QStringLiteral("Frameworks"));
     const std::string extra = cNvWinIni::theInstance()->GetString("Settings", "DYLD_PATH", "");
     if (!extra.empty())
         path += QLatin1Char(':') + QString::fromLatin1(extra.c_str());
-    qputenv("DYLD_FALLBACK_LIBRARY_PATH", path.toLocal8Bit());
+    CrossPlatformApi::appendChildLibraryPath(path);
 }
 
 // For the start-up benchmark only: one line on the standard output once the

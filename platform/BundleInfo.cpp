@@ -77,6 +77,14 @@ BundleInfo BundleInfo::forPath(const std::string& path)
     }
 }
 
+BundleInfo BundleInfo::at(const std::string& bundlePath)
+{
+    const QFileInfo folder(CrossPlatformApi::toQString(bundlePath));
+    if (bundlePath.empty() || !folder.isDir())
+        return BundleInfo();
+    return BundleInfo(toLatin1(QDir::cleanPath(folder.absoluteFilePath())));
+}
+
 BundleInfo BundleInfo::mainBundle()
 {
     return forPath(CrossPlatformApi::executablePath());

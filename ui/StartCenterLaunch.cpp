@@ -23,7 +23,7 @@ QString preloadProgram()
     const QByteArray prefix = qgetenv("SQUISH_PREFIX");
     if (prefix.isEmpty())
         return QString();
-    const QString preload = QString::fromLocal8Bit(prefix) + QStringLiteral("\\bin\\dllpreload.exe");
+    const QString preload = QString::fromLocal8Bit(prefix) + QStringLiteral("/bin/dllpreload");
     return cFile(preload.toLatin1().toStdString()).Exists() ? preload : QString();
 }
 

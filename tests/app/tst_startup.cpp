@@ -50,6 +50,33 @@ private slots:
         QCOMPARE(installation.boxes(), QStringList());
     }
 
+    void childProgramsFindTheBundlesLibraries()
+    {
+        LauncherInstallation installation;
+        QVERIFY(installation.isReady());
+        // The update program of a check due at start reports what it inherited.
+        const QString seen = installation.root() + QStringLiteral("/library-path");
+        const QString updateProgram = QStringLiteral("Online Update.app/Contents/MacOS/Online Update");
+        QVERIFY(installation.writeResource(updateProgram, "#!/bin/sh\nprintf %s \"$LD_LIBRARY_PATH\" > '"
+                                                              + seen.toLocal8Bit() + "'\nexit 0\n"));
+        QVERIFY(QFile::setPermissions(installation.resourcesDir() + updateProgram,
+                                      QFile::ReadOwner | QFile::ExeOwner));
+        QByteArray configuration = installation.readFile(installation.resourcesDir() + QStringLiteral("ORVKonf.ini"));
+        configuration.replace("VersionCheckEvery=0", "VersionCheckEvery=1").replace("DYLD_PATH=", "DYLD_PATH=/a:/b");
+        QVERIFY(installation.writeResource(QStringLiteral("ORVKonf.ini"), configuration));
+
+        const QByteArray inherited = qgetenv("LD_LIBRARY_PATH");
+        qputenv("LD_LIBRARY_PATH", "/inherited");
+        const auto launcher = installation.start();
+        if (inherited.isEmpty())
+            qunsetenv("LD_LIBRARY_PATH");
+        else
+            qputenv("LD_LIBRARY_PATH", inherited);
+        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(seen), LauncherProcess::Timeout);
+        QTRY_COMPARE(installation.readFile(seen),
+                     "/inherited:" + installation.bundleDir().toLocal8Bit() + "/Contents/Frameworks:/a:/b");
+    }
+
     // A missing file is named in its box: the image container only warns,
     // the configuration refuses the start.
     void missingFilesAreNamed()

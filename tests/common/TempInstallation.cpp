@@ -77,6 +77,19 @@ bool TempInstallation::writeFile(const QString& relativePath, const QByteArray& 
     return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(content) == content.size();
 }
 
+bool TempInstallation::addStandInProgram(const QString& name, const QByteArray& shellCommands)
+{
+    const QString folder = root() + QStringLiteral("/bin");
+    const QString path = folder + QLatin1Char('/') + name;
+    if (!writeFile(QStringLiteral("bin/") + name, "#!/bin/sh\n" + shellCommands + '\n')
+        || !QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner))
+        return false;
+    const QString searchPath = qEnvironmentVariable("PATH");
+    if (!searchPath.startsWith(folder + QLatin1Char(':')))
+        setEnv("PATH", folder + QLatin1Char(':') + searchPath);
+    return true;
+}
+
 bool TempInstallation::writeResource(const QString& name, const QByteArray& content) const
 {
     return writeFile(QStringLiteral("Start-Center.app/Contents/Resources/") + name, content);

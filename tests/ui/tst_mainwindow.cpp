@@ -550,6 +550,15 @@ private slots:
                                           {QStringLiteral("-mode=einur"), QStringLiteral("-n")}};
         QCOMPARE(loggedStarts(), expected);
         QVERIFY(window->isVisible());
+
+        // With its preload program the harness starts the tax program itself.
+        QVERIFY(m_install->writeFile(QStringLiteral("squish/bin/dllpreload"),
+                                     "#!/bin/sh\necho preload >> \"$ORV_DEMO_ARGS_LOG\"\nexec \"$@\"\n"));
+        QVERIFY(QFile::setPermissions(m_install->root() + QStringLiteral("/squish/bin/dllpreload"),
+                                      QFile::ReadOwner | QFile::ExeOwner));
+        startAndWait([&] { window->startORV(); });
+        QCOMPARE(loggedStarts().mid(expected.size()),
+                 (QList<QStringList>{{QStringLiteral("preload")}, {QStringLiteral("-mode=einur"), QStringLiteral("-n")}}));
     }
 
     // An archive from an older system: a name that is not UTF-8 is listed
