@@ -2,6 +2,7 @@
 // step relying on what the earlier ones set up.
 
 #include "ApplicationInfo.h"
+#include "CommandLine.h"
 #include "Configuration.h"
 #include "CrossPlatformApi.h"
 #include "FilePath.h"
@@ -71,12 +72,21 @@ void reportShownWhenIdle()
 
 int main(int argc, char** argv)
 {
+    // Read first, while the current folder is still the caller's: --help,
+    // --version and mistakes are answered without a display or a window.
+    const CommandLine commandLine = CommandLine::parse(CommandLine::fromArgv(argc, argv), StartCenter::modeNames());
+    if (commandLine.request() != CommandLine::Start)
+        return commandLine.answer();
+
     SharedHelpers::SetOrganizationDomainAndApplicationName(cszApplicationName);
 
     QTranslator translator;
     (void)translator.load(QString::fromLatin1(cApplicationInfo::theInstance()->getFilenameInAppDir("qt_de.qm").c_str()));
 
-    QApplication application(argc, argv);
+    // Qt sees the program name only: the arguments are the launcher's, and a
+    // file named like one of Qt's options must stay a file.
+    int qtArgc = 1;
+    QApplication application(qtArgc, argv);
     // Lets the desktop match the window to its desktop entry (Wayland app id).
     QGuiApplication::setDesktopFileName(QStringLiteral("de.marvendo.startcenter"));
 
@@ -91,7 +101,7 @@ int main(int argc, char** argv)
     QCoreApplication::installTranslator(&translator);
 
     // A later start hands its Wayland activation token over with its arguments.
-    KDSingleApplicationGuard guard(StartCenter::guardArguments(QCoreApplication::arguments()),
+    KDSingleApplicationGuard guard(StartCenter::guardArguments(commandLine.handOverArguments()),
                                    KDSingleApplicationGuard::NoPolicy);
 
     FilePath appDir(cApplicationInfo::theInstance()->getAppDir());
@@ -123,6 +133,7 @@ int main(int argc, char** argv)
     QObject::connect(&guard, &KDSingleApplicationGuard::instanceStarted, &mainWindow,
                      &StartCenter::activateForInstance);
     QObject::connect(&application, &QGuiApplication::lastWindowClosed, &application, &QCoreApplication::quit);
+    mainWindow.followCommandLine(commandLine);
 
     QTimer::singleShot(0, [] { qCDebug(lcStartUp) << "start-up complete"; });
     if (qEnvironmentVariableIsSet("SC_BENCH_REPORT_SHOWN"))

@@ -48,7 +48,8 @@ void StartCenter::startORV()
 
 void StartCenter::startORV(const QString& file)
 {
-    startORVWithParam({file});
+    if (startORVWithParam({file}))
+        addToRecentFiles(file);
 }
 
 void StartCenter::startConvert()
