@@ -31,11 +31,13 @@ class LauncherProcess
 public:
     static constexpr int Timeout = 30000;   // the test machine may be busy
 
-    LauncherProcess(const QString& program, const QProcessEnvironment& environment)
+    LauncherProcess(const QString& program, const QProcessEnvironment& environment,
+                    const QStringList& arguments = {}, const QString& workingDirectory = {})
     {
         m_process.setProcessEnvironment(environment);
         m_process.setProcessChannelMode(QProcess::MergedChannels);
-        m_process.start(program, {});
+        m_process.setWorkingDirectory(workingDirectory);
+        m_process.start(program, arguments);
     }
     ~LauncherProcess()
     {
@@ -116,13 +118,13 @@ public:
     }
 
     bool isReady() const { return m_ready; }
-    std::unique_ptr<LauncherProcess> start() const
+    std::unique_ptr<LauncherProcess> start(const QStringList& arguments = {}, const QString& workingDirectory = {}) const
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
         environment.insert(QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("startcenter.*.debug=true"));
         environment.insert(QStringLiteral("SC_MESSAGE_BOX_LOG"), boxLogPath());
-        return std::make_unique<LauncherProcess>(executablePath(), environment);
+        return std::make_unique<LauncherProcess>(executablePath(), environment, arguments, workingDirectory);
     }
     // The boxes of all launchers of this installation so far, "title|text"
     // each, line breaks of the text written as \n.
