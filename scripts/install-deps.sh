@@ -9,6 +9,7 @@ packages=(
     qt6-translations-l10n libgl-dev libbz2-dev
     xvfb xauth x11-utils fonts-dejavu-core
     dpkg-dev file   # the Debian package: dpkg-shlibdeps
+    xdg-utils libglib2.0-bin desktop-file-utils   # the case-file types checked as the desktop sees them
 )
 
 missing=()
