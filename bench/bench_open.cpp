@@ -12,19 +12,12 @@
 #include "ActionPage.h"
 #include "BenchUtil.h"
 #include "CommandLine.h"
-#include "Configuration.h"
-#include "CrossPlatformApi.h"
-#include "NvWinIni.h"
-#include "PixmapManager.h"
-#include "SCAppStyle.h"
+#include "SampleInstallation.h"
 #include "SelectionButton.h"
-#include "SharedHelpers.h"
 #include "StartCenter.h"
 
 #include <QApplication>
-#include <QDir>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QToolButton>
@@ -33,36 +26,10 @@
 #include <functional>
 #include <vector>
 
-#ifndef SC_LAUNCHER
-#error "SC_LAUNCHER must name the built launcher"
-#endif
-
 namespace {
 
 constexpr int runs = 31;
 constexpr int programTimeoutMs = 30000;
-
-bool openInstallation(const QString& home)
-{
-    for (const char* folder : {"tmp", "shared", ".config", ".local/share", ".cache", "Documents"})
-        QDir().mkpath(home + QLatin1Char('/') + QLatin1String(folder));
-    const std::pair<const char*, const char*> variables[] = {
-        {"HOME", ""}, {"TMPDIR", "/tmp"}, {"XDG_CONFIG_HOME", "/.config"}, {"XDG_DATA_HOME", "/.local/share"},
-        {"XDG_CACHE_HOME", "/.cache"}, {"XDG_DOCUMENTS_DIR", "/Documents"}, {"SC_COMMON_APPDATA", "/shared"}};
-    for (const auto& [name, folder] : variables)
-        qputenv(name, (home + QLatin1String(folder)).toLocal8Bit());
-    qputenv("ORV_DEMO_HEADLESS", "1");
-    CrossPlatformApi::overrideExecutablePath(QStringLiteral(SC_LAUNCHER).toLatin1().toStdString());
-
-    if (!openInstallationSettings())
-        return false;
-    // Every run starts in the income-tax mode and leaves no mode behind.
-    cConfiguration::theInstance()->Write("StartCenter", "RestoreModus", 0);
-    PixmapManager::theInstance()->setInfoFile(
-        cConfiguration::theInstance()->GetString("Application", "ImageInfoFile", "images.ini"));
-    SCAppStyle::installApplicationLook();
-    return true;
-}
 
 // Builds and shows the window, runs open, and returns the milliseconds
 // until the tax program runs; the program is waited for untimed.
@@ -87,11 +54,15 @@ int main(int argc, char** argv)
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication application(argc, argv);
     QTemporaryDir home;
-    if (!home.isValid() || !openInstallation(home.path()))
+    if (!home.isValid())
         return 1;
-    const QString file = home.path() + QStringLiteral("/Documents/Tischlerei Köhler 2011.eur11");
-    if (!QFile::copy(QStringLiteral(SC_SOURCE_DIR "/demo/HomeData/Tischlerei Köhler 2011.eur11"), file))
+    setUpHome(home.path());
+    if (!openInstallation(home.path()))
         return 1;
+    qputenv("ORV_DEMO_HEADLESS", "1");
+    // Every run starts in the income-tax mode and leaves no mode behind.
+    cConfiguration::theInstance()->Write("StartCenter", "RestoreModus", 0);
+    const QString file = home.path() + QStringLiteral("/Documents/Orvane Steuerfälle/Tischlerei Köhler 2011.eur11");
     CrossPlatformApi::setFileDialogHandler([file](const FileDialogRequest&) { return file; });
 
     const auto fromCommandLine = [&](StartCenter& window) {

@@ -10,12 +10,8 @@
 // with the sample case files, so no user settings are touched.
 
 #include "BenchUtil.h"
-#include "Configuration.h"
-#include "CrossPlatformApi.h"
-#include "SharedHelpers.h"
 #include "NvWinIni.h"
-#include "PixmapManager.h"
-#include "SCAppStyle.h"
+#include "SampleInstallation.h"
 #include "StartCenter.h"
 
 #include <QApplication>
@@ -31,9 +27,6 @@
 #include <optional>
 #include <vector>
 
-#ifndef SC_LAUNCHER
-#error "SC_LAUNCHER must name the built launcher"
-#endif
 
 namespace {
 
@@ -50,32 +43,6 @@ struct StartRun
     double ms = 0;
     double peakMiB = 0;
 };
-
-// The folders a program of the suite uses, all below home.
-void setUpHome(const QString& home)
-{
-    const QString caseFolder = home + QStringLiteral("/Documents/Orvane Steuerfälle");
-    QDir().mkpath(caseFolder);
-    QDir().mkpath(home + QStringLiteral("/tmp"));
-    QDir().mkpath(home + QStringLiteral("/shared"));
-    QDir().mkpath(home + QStringLiteral("/runtime"));
-    QFile::setPermissions(home + QStringLiteral("/runtime"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    const QDir samples(QStringLiteral(SC_SOURCE_DIR "/demo/HomeData"));
-    for (const QString& name : samples.entryList(QDir::Files))
-        QFile::copy(samples.filePath(name), caseFolder + QLatin1Char('/') + name);
-}
-
-std::vector<std::pair<const char*, QString>> homeVariables(const QString& home)
-{
-    return {{"HOME", home},
-            {"TMPDIR", home + QStringLiteral("/tmp")},
-            {"XDG_RUNTIME_DIR", home + QStringLiteral("/runtime")},
-            {"XDG_CONFIG_HOME", home + QStringLiteral("/.config")},
-            {"XDG_DATA_HOME", home + QStringLiteral("/.local/share")},
-            {"XDG_CACHE_HOME", home + QStringLiteral("/.cache")},
-            {"XDG_DOCUMENTS_DIR", home + QStringLiteral("/Documents")},
-            {"SC_COMMON_APPDATA", home + QStringLiteral("/shared")}};
-}
 
 QProcessEnvironment programEnvironment(const QString& home)
 {
@@ -155,21 +122,6 @@ bool compareStartUp(const QString& home)
     std::printf("startup_peak_rss ours_mib=%.1f reference_mib=%.1f difference_mib=%.1f\n", ours, reference,
                 ours - reference);
     std::fflush(stdout);
-    return true;
-}
-
-// The launcher's start-up, in this process, on the same installation.
-bool openInstallation(const QString& home)
-{
-    for (const auto& [name, value] : homeVariables(home))
-        qputenv(name, value.toLocal8Bit());
-    CrossPlatformApi::overrideExecutablePath(QStringLiteral(SC_LAUNCHER).toLatin1().toStdString());
-
-    if (!openInstallationSettings())
-        return false;
-    PixmapManager::theInstance()->setInfoFile(
-        cConfiguration::theInstance()->GetString("Application", "ImageInfoFile", "images.ini"));
-    SCAppStyle::installApplicationLook();
     return true;
 }
 
