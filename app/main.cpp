@@ -133,7 +133,8 @@ int main(int argc, char** argv)
     QObject::connect(&guard, &KDSingleApplicationGuard::instanceStarted, &mainWindow,
                      &StartCenter::activateForInstance);
     QObject::connect(&application, &QGuiApplication::lastWindowClosed, &application, &QCoreApplication::quit);
-    mainWindow.followCommandLine(commandLine);
+    // Followed once the event loop runs, so that "OnORVStart"=Terminate can end it.
+    QMetaObject::invokeMethod(&mainWindow, [&] { mainWindow.followCommandLine(commandLine); }, Qt::QueuedConnection);
 
     QTimer::singleShot(0, [] { qCDebug(lcStartUp) << "start-up complete"; });
     if (qEnvironmentVariableIsSet("SC_BENCH_REPORT_SHOWN"))

@@ -105,6 +105,23 @@ private slots:
         QVERIFY(first->isRunning());
     }
 
+    void terminatingLauncherEndsAfterOpeningAFile()
+    {
+        LauncherInstallation installation;
+        QVERIFY(installation.isReady());
+        QVERIFY(installation.writeFile(QStringLiteral("home/.config/Marvendo/ORV17/Start-Center/ORVKonf.user.ini"),
+                                       "[Settings]\r\nSetDefaultSettings=0\r\n[StartCenter]\r\nOnORVStart=Terminate\r\n"));
+        const QString log = installation.root() + QStringLiteral("/arguments.log");
+        const ScopedEnvironment headless("ORV_DEMO_HEADLESS", "1");
+        const ScopedEnvironment logged("ORV_DEMO_ARGS_LOG", QFile::encodeName(log));
+        const QString file = installation.root() + QStringLiteral("/Prognose 2012.vor12");
+        QVERIFY(createFile(file));
+
+        QCOMPARE(installation.start({file})->waitForExitCode(), 0);
+        QTRY_COMPARE_WITH_TIMEOUT(installation.readFile(log), (QStringLiteral("-mode=vorweg\t") + file + QLatin1Char('\n')).toUtf8(),
+                                  LauncherProcess::Timeout);
+    }
+
     // Help, version and mistakes need no display and start no window.
     void optionsAreAnsweredWithoutADisplay()
     {
