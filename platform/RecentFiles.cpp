@@ -84,16 +84,19 @@ RecentFiles::Result lockList(const QByteArray& path, std::unique_ptr<LockedFile>
         struct stat opened {};
         if (::fstat(file->fd(), &opened) != 0 || !S_ISREG(opened.st_mode) || opened.st_uid != ::getuid())
             return RecentFiles::Result::NotWritten;
-        if (::flock(file->fd(), LOCK_EX | LOCK_NB) == 0) {
+        const bool gotLock = ::flock(file->fd(), LOCK_EX | LOCK_NB) == 0;
+        const int error = errno;
+        if (gotLock) {
             struct stat current {};
             if (::lstat(path.constData(), &current) == 0 && sameFile(opened, current)) {
                 locked = std::move(file);
                 return RecentFiles::Result::Added;
             }
-            continue;
+        } else if (error != EWOULDBLOCK) {
+            return RecentFiles::Result::NotWritten;
         }
-        if (errno != EWOULDBLOCK || deadline.hasExpired())
-            return errno == EWOULDBLOCK ? RecentFiles::Result::Locked : RecentFiles::Result::NotWritten;
+        if (deadline.hasExpired())
+            return RecentFiles::Result::Locked;
         file.reset();
         QThread::msleep(lockRetryMs);
     }

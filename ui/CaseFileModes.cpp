@@ -47,8 +47,12 @@ CaseFileModes::CaseFileModes()
         }
         m_patterns.emplace_back(mode, CaseFiles::nameFilters());
     }
-    if (!current.empty())
-        settings->setModus(current);
+    try {
+        if (!current.empty())
+            settings->setModus(current);
+    } catch (const xNvException&) {
+        // The mode's file went away meanwhile: the next mode switch reports it.
+    }
 }
 
 int CaseFileModes::modeOf(const QString& path) const
