@@ -103,6 +103,7 @@ StartCenter::StartCenter(QWidget* parent, Qt::WindowFlags flags)
     initVersionMap();
     m_ui.setupUi(this, getVersionType());
     setAcceptDrops(true);
+    m_recentFilesWriter.setMaxThreadCount(1);
 
     // Centred on the default screen; its origin is left out on purpose, as
     // the launcher has always placed itself.

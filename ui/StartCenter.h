@@ -11,6 +11,8 @@
 
 #include <map>
 
+class CommandLine;
+
 // The launcher's main window: six mode buttons, one page per mode, a header
 // picture and a tool bar. Choosing a mode switches the layered settings to
 // that mode; the pages' actions start the tax program.
@@ -22,8 +24,6 @@
 //   StartCenterUpdate.cpp      online update
 //   StartCenterCompanions.cpp  manual, help, web pages, folders, support tools, advisors
 //   StartCenterUninstall.cpp   removing the installation
-class CommandLine;
-
 class StartCenter : public QMainWindow
 {
     Q_OBJECT
