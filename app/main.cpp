@@ -3,6 +3,7 @@
 
 #include "AppLogging.h"
 #include "ApplicationInfo.h"
+#include "CommandLine.h"
 #include "Configuration.h"
 #include "CrossPlatformApi.h"
 #include "FilePath.h"
@@ -103,6 +104,12 @@ void reportMissingDisplay(QtMsgType type, const QMessageLogContext& context, con
 
 int main(int argc, char** argv)
 {
+    // Read first, while the current folder is still the caller's: --help,
+    // --version and mistakes are answered without a display or a window.
+    const CommandLine commandLine = CommandLine::parse(CommandLine::fromArgv(argc, argv), StartCenter::modeNames());
+    if (commandLine.request() != CommandLine::Start)
+        return commandLine.answer();
+
     SharedHelpers::SetOrganizationDomainAndApplicationName(cszApplicationName);
 
     // Read through a bounded read, so that a FIFO or a device in the
@@ -116,8 +123,11 @@ int main(int argc, char** argv)
     if (translation)
         (void)translator.load(reinterpret_cast<const uchar*>(translation->data()), int(translation->size()));
 
+    // Qt sees the program name only: the arguments are the launcher's, and a
+    // file named like one of Qt's options must stay a file.
+    int qtArgc = 1;
     qtMessageHandler = qInstallMessageHandler(reportMissingDisplay);
-    QApplication application(argc, argv);
+    QApplication application(qtArgc, argv);
     qInstallMessageHandler(qtMessageHandler);
     // Lets the desktop match the window to its desktop entry (Wayland app id).
     QGuiApplication::setDesktopFileName(QStringLiteral("de.marvendo.startcenter"));
@@ -133,7 +143,7 @@ int main(int argc, char** argv)
     QCoreApplication::installTranslator(&translator);
 
     // A later start hands its Wayland activation token over with its arguments.
-    KDSingleApplicationGuard guard(StartCenter::guardArguments(QCoreApplication::arguments()),
+    KDSingleApplicationGuard guard(StartCenter::guardArguments(commandLine.handOverArguments()),
                                    KDSingleApplicationGuard::NoPolicy);
 
     FilePath appDir(cApplicationInfo::theInstance()->getAppDir());
@@ -169,6 +179,8 @@ int main(int argc, char** argv)
     QObject::connect(&guard, &KDSingleApplicationGuard::instanceStarted, &mainWindow,
                      &StartCenter::activateForInstance);
     QObject::connect(&application, &QGuiApplication::lastWindowClosed, &application, &QCoreApplication::quit);
+    // Followed once the event loop runs, so that "OnORVStart"=Terminate can end it.
+    QMetaObject::invokeMethod(&mainWindow, [&] { mainWindow.followCommandLine(commandLine); }, Qt::QueuedConnection);
 
     QTimer::singleShot(0, [] { qCDebug(lcStartUp) << "start-up complete"; });
     if (qEnvironmentVariableIsSet("SC_BENCH_REPORT_SHOWN"))

@@ -10,6 +10,7 @@ packages=(
     xvfb xauth x11-utils fonts-dejavu-core
     dpkg-dev file   # the Debian package: dpkg-shlibdeps
     lintian desktop-file-utils appstream   # the checks of the package and its desktop files
+    xdg-utils libglib2.0-bin   # the case-file types checked as the desktop sees them
 )
 
 missing=()

@@ -2,6 +2,7 @@
 
 #include "ActionPage.h"
 #include "ApplicationInfo.h"
+#include "CommandLine.h"
 #include "ConfigText.h"
 #include "Configuration.h"
 #include "CrossPlatformApi.h"
@@ -95,6 +96,8 @@ StartCenter::StartCenter(QWidget* parent, Qt::WindowFlags flags)
 
     initVersionMap();
     m_ui.setupUi(this, getVersionType());
+    setAcceptDrops(true);
+    m_recentFilesWriter.setMaxThreadCount(1);
 
     // Centred on the default screen; its origin is left out on purpose, as
     // the launcher has always placed itself.
@@ -259,6 +262,10 @@ void StartCenter::activateForInstance(const KDSingleApplicationGuard::Instance& 
     if (!token.isEmpty())
         qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());
     activateMainWindow();
+    // The later start's request is followed once the guard's report is
+    // over, so that a box cannot run inside it.
+    const CommandLine commandLine = CommandLine::parse(arguments, modeNames(), instance.areArgumentsTruncated());
+    QMetaObject::invokeMethod(this, [this, commandLine] { followCommandLine(commandLine); }, Qt::QueuedConnection);
 }
 
 QStringList StartCenter::guardArguments(const QStringList& arguments)

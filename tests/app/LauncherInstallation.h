@@ -29,11 +29,13 @@ class LauncherProcess
 public:
     static constexpr int Timeout = 30000;   // the test machine may be busy
 
-    LauncherProcess(const QString& program, const QProcessEnvironment& environment)
+    LauncherProcess(const QString& program, const QProcessEnvironment& environment,
+                    const QStringList& arguments = {}, const QString& workingDirectory = {})
     {
         m_process.setProcessEnvironment(environment);
         m_process.setProcessChannelMode(QProcess::MergedChannels);
-        m_process.start(program, {});
+        m_process.setWorkingDirectory(workingDirectory);
+        m_process.start(program, arguments);
     }
     ~LauncherProcess()
     {
@@ -116,7 +118,8 @@ public:
     }
     bool isReady() const { return m_ready; }
     // adjust may change the environment the launcher gets.
-    std::unique_ptr<LauncherProcess> start(const std::function<void(QProcessEnvironment&)>& adjust = {}) const
+    std::unique_ptr<LauncherProcess> start(const QStringList& arguments = {}, const QString& workingDirectory = {},
+                                           const std::function<void(QProcessEnvironment&)>& adjust = {}) const
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
@@ -124,7 +127,7 @@ public:
         environment.insert(QStringLiteral("SC_MESSAGE_BOX_LOG"), boxLogPath());
         if (adjust)
             adjust(environment);
-        return std::make_unique<LauncherProcess>(executablePath(), environment);
+        return std::make_unique<LauncherProcess>(executablePath(), environment, arguments, workingDirectory);
     }
     // The boxes of all launchers of this installation so far, "title|text"
     // each, line breaks of the text written as \n.

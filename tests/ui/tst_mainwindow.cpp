@@ -1,4 +1,5 @@
 #include "ActionPage.h"
+#include "CommandLine.h"
 #include "OnlineUpdate.h"
 #include "PixmapManager.h"
 #include "SCListView.h"
@@ -15,13 +16,16 @@
 #include <QFileInfo>
 #include <QFontMetrics>
 #include <QHelpEvent>
+#include <QDragEnterEvent>
 #include <QLabel>
 #include <QMenu>
+#include <QMimeData>
 #include <QRegularExpression>
 #include <QScopeGuard>
 #include <QTest>
 #include <QTimer>
 #include <QToolBar>
+#include <QUrl>
 #include <QToolButton>
 #include <QTreeWidget>
 
@@ -155,6 +159,13 @@ public:
         return false;
     }
 };
+
+// An empty file at path, with its folders.
+bool createFile(const QString& path)
+{
+    QFile file(path);
+    return QDir().mkpath(QFileInfo(path).path()) && file.open(QIODevice::WriteOnly);
+}
 
 } // namespace
 
@@ -834,6 +845,101 @@ private slots:
             QVERIFY2(!name.contains(QLatin1Char('\n')) && !description.contains(QLatin1Char('\n')), qPrintable(where));
         }
         QVERIFY(controls >= 6 + 6 * 9 + 4);
+    }
+
+    // From the command line, a later start or the desktop: each file opens in
+    // the first mode that claims its name, whatever its case; what cannot be
+    // opened is named in one box, and a flood opens only its first file.
+    void caseFilesFromOutsideOpenInTheirMode()
+    {
+        QVERIFY(setUserSetting("OnORVStart", "NoChange"));
+        const QString folder = m_install->root() + QStringLiteral("/Fälle von \"außen\"/");
+        const QString income = folder + QStringLiteral("$(echo) 'Müller' 2011.est11");
+        const QString profit = folder + QStringLiteral("-TISCHLEREI 2011.EUR11");
+        const QString note = folder + QStringLiteral("notiz.txt");
+        QVERIFY(createFile(income) && createFile(profit) && createFile(note));
+        QVERIFY(QDir().mkpath(folder + QStringLiteral("Ordner.est11")));
+        auto window = shownWindow();
+        QVERIFY(window);
+        const auto waitForPrograms = [&] { QTRY_COMPARE_WITH_TIMEOUT(window->runningCount(), 0, processTimeoutMs); };
+
+        window->openCaseFiles({income, folder + QStringLiteral("fehlt.est11"), folder + QStringLiteral("Ordner.est11"),
+                               note, profit});
+        waitForPrograms();
+        QCOMPARE(m_boxes->boxes.size(), 1);
+        const QStringList problems = m_boxes->boxes.takeFirst().split(QStringLiteral("\n\n"));
+        QCOMPARE(problems.size(), 3);
+        QVERIFY(problems[0].startsWith(QStringLiteral("Steuerfall öffnen|Die Datei »") + folder + QStringLiteral("fehlt.est11« wurde nicht gefunden")));
+        QCOMPARE(problems[1], QStringLiteral("»") + folder + QStringLiteral("Ordner.est11« ist ein Verzeichnis und kein Steuerfall."));
+        QVERIFY(problems[2].startsWith(QStringLiteral("Die Datei »") + note + QStringLiteral("« ist kein Steuerfall")));
+        QCOMPARE(checkedMode(*window), 3);
+
+        QStringList flood(500, profit);
+        flood[0] = income;
+        window->openCaseFiles(flood);
+        waitForPrograms();
+        QCOMPARE(m_boxes->boxes.size(), 1);
+        QVERIFY(m_boxes->boxes.takeFirst().contains(QStringLiteral("499 Dateien wurden nicht geöffnet")));
+
+        window->followCommandLine(CommandLine::parse({QStringLiteral("startcenter"), QStringLiteral("--new"),
+                                                      QStringLiteral("vorweg")}, StartCenter::modeNames()));
+        waitForPrograms();
+        // Programs started together log in the order they come up.
+        QList<QStringList> starts = loggedStarts();
+        std::sort(starts.begin(), starts.end());
+        QCOMPARE(starts, (QList<QStringList>{{QStringLiteral("-mode=einur"), profit},
+                                             {QStringLiteral("-mode=normal"), income},
+                                             {QStringLiteral("-mode=normal"), income},
+                                             {QStringLiteral("-mode=vorweg"), QStringLiteral("-n")}}));
+
+        // Opened files reach the desktop's recently used list (written once
+        // the window is gone at the latest).
+        window.reset();
+        const QByteArray recent = m_install->readFile(m_install->home() + QStringLiteral("/.local/share/recently-used.xbel"));
+        QVERIFY(recent.contains(QUrl::fromLocalFile(income).toEncoded()));
+        QVERIFY(recent.contains(QUrl::fromLocalFile(profit).toEncoded()));
+    }
+
+    void dropsOpenCaseFilesAndRefuseTheRest()
+    {
+        QVERIFY(setUserSetting("OnORVStart", "NoChange"));
+        const QString folder = m_install->root() + QStringLiteral("/drop/");
+        const QString income = folder + QStringLiteral("Fall 2011.est11");
+        const QString note = folder + QStringLiteral("notiz.txt");
+        QVERIFY(createFile(income) && createFile(note));
+        const auto window = shownWindow();
+        QVERIFY(window);
+
+        const auto dragged = [](const QList<QUrl>& urls) {
+            auto data = std::make_unique<QMimeData>();
+            if (urls.isEmpty())
+                data->setText(QStringLiteral("Text"));
+            else
+                data->setUrls(urls);
+            return data;
+        };
+        const auto accepted = [&](const QList<QUrl>& urls) {
+            const auto data = dragged(urls);
+            QDragEnterEvent enter(QPoint(20, 20), Qt::CopyAction, data.get(), Qt::LeftButton, Qt::NoModifier);
+            QCoreApplication::sendEvent(window.get(), &enter);
+            QDragMoveEvent move(QPoint(30, 30), Qt::CopyAction, data.get(), Qt::LeftButton, Qt::NoModifier);
+            QCoreApplication::sendEvent(window.get(), &move);
+            return enter.isAccepted() && move.isAccepted();
+        };
+        QVERIFY(accepted({QUrl::fromLocalFile(income)}));
+        // A folder, another file, a web address or plain text spoil the drag.
+        QVERIFY(!accepted({QUrl::fromLocalFile(income), QUrl::fromLocalFile(folder)}));
+        QVERIFY(!accepted({QUrl::fromLocalFile(note)}));
+        QVERIFY(!accepted({QUrl(QStringLiteral("https://www.example.org/Fall 2011.est11"))}));
+        QVERIFY(!accepted({}));
+
+        const auto data = dragged({QUrl::fromLocalFile(income)});
+        QDropEvent drop(QPointF(20, 20), Qt::CopyAction, data.get(), Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(window.get(), &drop);
+        QVERIFY(drop.isAccepted());
+        QTRY_COMPARE_WITH_TIMEOUT(loggedStarts().size(), 1, processTimeoutMs);
+        QCOMPARE(loggedStarts().first(), (QStringList{QStringLiteral("-mode=normal"), income}));
+        QTRY_COMPARE_WITH_TIMEOUT(window->runningCount(), 0, processTimeoutMs);
     }
 };
 
