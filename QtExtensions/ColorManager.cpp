@@ -70,6 +70,7 @@ void readTriple(const std::string& text, int& r, int& g, int& b)
 } // namespace
 
 bool ColorManager::m_showErrors = false;
+std::string ColorManager::m_colorFilePath;
 
 ColorManager::ColorManager() = default;
 ColorManager::~ColorManager() = default;
@@ -95,8 +96,8 @@ void ColorManager::init(const std::string& section, bool showErrors)
     m_section = section;
     const std::string fileName = cConfiguration::theInstance()->GetString(
         section.c_str(), cszColorDefsIniKey, cszColorDefsIniDefault);
-    m_colorFile = std::make_unique<cIniFile>(
-        cApplicationInfo::theInstance()->getFilenameInAppDir(fileName), false, false);
+    m_colorFilePath = cApplicationInfo::theInstance()->getFilenameInAppDir(fileName);
+    m_colorFile = std::make_unique<cIniFile>(m_colorFilePath, false, false);
 }
 
 std::string ColorManager::readColorFile(const std::string& section, const std::string& key) const
@@ -328,5 +329,6 @@ void ColorManager::showError(const char* format, const std::string& arg)
 {
     if (!m_showErrors)
         return;
-    CrossPlatformApi::messageBox(StringFunctions::formatString(format, arg.c_str()), cszTitle, 0);
+    CrossPlatformApi::messageBox(StringFunctions::formatString(format, arg.c_str()) + "\nFarbdatei: " + m_colorFilePath,
+                                 cszTitle, 0);
 }

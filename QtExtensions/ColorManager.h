@@ -71,8 +71,8 @@ public:
     static std::string rgb2htmlColor(int r, int g, int b);
     static std::string colorRef2htmlColor(unsigned int color);
 
-    // Shows the formatted message in a box titled "Color Manager", if errors
-    // are switched on.
+    // Shows the formatted message and the colour file's path in a box titled
+    // "Color Manager", if errors are switched on.
     static void showError(const char* format, const std::string& arg);
 
 private:
@@ -84,4 +84,5 @@ private:
     std::string m_section;
     std::unique_ptr<cIniFile> m_colorFile;
     static bool m_showErrors;
+    static std::string m_colorFilePath;   // of the last init(), named in the boxes
 };

@@ -1,8 +1,10 @@
 #include "FontHelper.h"
 
 #include <QFont>
+#include <QFontDatabase>
 #include <QFontMetrics>
 #include <QString>
+#include <QStringList>
 
 namespace {
 const char* const referenceFamily = "MS Sans Serif";
@@ -13,15 +15,17 @@ constexpr float referenceWidth = 405.0f;
 constexpr float narrowWidthLimit = 250.0f;
 constexpr float narrowWidthScale = 0.74814814f;
 
-float measureReferenceText()
+constexpr float unscaled = 1.0f;
+
+float measureReferenceText(const QString& family)
 {
-    const QFont font(QString::fromLatin1(referenceFamily), referencePointSize);
+    const QFont font(family, referencePointSize);
     return float(QFontMetrics(font).horizontalAdvance(QString::fromLatin1(referenceText)));
 }
 } // namespace
 
 FontHelper::FontHelper()
-    : m_fontScale(scaleForWidth(measureReferenceText()))
+    : m_fontScale(scaleForFamily(QString::fromLatin1(referenceFamily)))
 {
 }
 
@@ -33,4 +37,13 @@ float FontHelper::getFontScale() const
 float FontHelper::scaleForWidth(float width)
 {
     return width >= narrowWidthLimit ? width / referenceWidth : narrowWidthScale;
+}
+
+float FontHelper::scaleForFamily(const QString& family)
+{
+    // Only an installed family counts, not one the font configuration maps
+    // to another font.
+    if (!QFontDatabase::families().contains(family, Qt::CaseInsensitive))
+        return unscaled;
+    return scaleForWidth(measureReferenceText(family));
 }

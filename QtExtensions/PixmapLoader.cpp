@@ -1,6 +1,7 @@
 #include "PixmapLoader.h"
 
 #include "CrossPlatformApi.h"
+#include "RegularFile.h"
 
 #include <QBuffer>
 #include <QFile>
@@ -8,6 +9,10 @@
 #include <QPixmap>
 
 namespace {
+
+// The pictures of the installation are a few hundred kilobytes at most; a
+// larger file, a FIFO or a device in their place yields no picture.
+constexpr std::size_t MaxPictureFileBytes = 16 * 1024 * 1024;
 
 bool hasPngSuffix(const std::string& name)
 {
@@ -45,15 +50,17 @@ PixmapLoaderFile::PixmapLoaderFile(std::string folder)
 
 bool PixmapLoaderFile::loadPixmap(const std::string& name, QPixmap* pixmap)
 {
-    const QString path = CrossPlatformApi::toQString(m_folder + name);
-    if (!QFile::exists(path))
+    const std::optional<std::string> content =
+        RegularFile::readWhole(CrossPlatformApi::fileSystemEncoding(m_folder + name), MaxPictureFileBytes);
+    if (!content)
         return false;
+    QByteArray bytes = QByteArray::fromRawData(content->data(), qsizetype(content->size()));
     if (hasPngSuffix(name)) {
-        QFile file(path);
-        if (file.open(QIODevice::ReadOnly) && loadAsPng(&file, pixmap))
+        QBuffer buffer(&bytes);
+        if (buffer.open(QIODevice::ReadOnly) && loadAsPng(&buffer, pixmap))
             return true;
     }
-    return pixmap->load(path);
+    return pixmap->loadFromData(bytes);
 }
 
 PixmapLoaderCNT::PixmapLoaderCNT(std::string containerPath)

@@ -21,11 +21,10 @@ PixmapManager::PixmapManager()
 {
     addStrategy(new PixmapLoaderDecoratorAddSuffix(new PixmapLoaderFile(m_picturePath), ".png"), false);
 
-    FilePath container(m_picturePath);
-    container.setName(getDefContainerName().c_str());
-    if (container.exists())
-        addStrategy(new PixmapLoaderDecoratorAddSuffix(new PixmapLoaderCNT(container.asString()), ".png"),
-                    false);
+    const std::string container = getContainerPath();
+    m_hasContainer = FilePath(container).exists();
+    if (m_hasContainer)
+        addStrategy(new PixmapLoaderDecoratorAddSuffix(new PixmapLoaderCNT(container), ".png"), false);
 
     setInfoFile("images.ini");
 }
@@ -35,6 +34,13 @@ PixmapManager::~PixmapManager() = default;
 std::string PixmapManager::getDefContainerName()
 {
     return "images_mac.cnt";
+}
+
+std::string PixmapManager::getContainerPath() const
+{
+    FilePath container(m_picturePath);
+    container.setName(getDefContainerName().c_str());
+    return container.asString();
 }
 
 QPixmap* PixmapManager::getPixmap(const std::string& name)

@@ -34,6 +34,9 @@ public:
     PixmapManager& operator=(const PixmapManager&) = delete;
 
     static std::string getDefContainerName();
+    // The image container of the picture folder, and whether it is there.
+    std::string getContainerPath() const;
+    bool hasContainer() const { return m_hasContainer; }
 
     // Never null; owned by the manager.
     QPixmap* getPixmap(const std::string& name);
@@ -59,6 +62,7 @@ private:
     PixmapManager();
 
     std::string m_picturePath;
+    bool m_hasContainer = false;
     // Reading may re-parse the file when it changed on disk.
     mutable cIniFile m_infoFile;
     std::vector<std::unique_ptr<PixmapLoaderStrategy>> m_strategies;

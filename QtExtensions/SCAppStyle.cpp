@@ -12,6 +12,7 @@
 #include <QScreen>
 #include <QStyleFactory>
 #include <QStyleOption>
+#include <QToolBar>
 
 #include <algorithm>
 
@@ -134,6 +135,25 @@ void drawToolButtonPanel(const QStyleOption* option, QPainter* painter)
     else
         drawGradientPanel(painter, option->rect, highlight.lighter(130), highlight,
                           highlight.darker(125), Qt::Vertical);
+}
+
+// The keyboard focus on a tool bar button: a frame in the bar's text colour,
+// which stands out on a bar of any colour where the base style's tinted
+// frame does not.
+bool drawToolBarFocusFrame(const QStyleOption* option, QPainter* painter, const QWidget* widget)
+{
+    if (!widget || !qobject_cast<const QToolBar*>(widget->parentWidget()))
+        return false;
+    if (option->state & QStyle::State_KeyboardFocusChange) {
+        painter->save();
+        painter->setRenderHint(QPainter::Antialiasing);
+        painter->setPen(option->palette.color(QPalette::ButtonText));
+        painter->setBrush(Qt::NoBrush);
+        painter->drawRoundedRect(QRectF(option->rect).adjusted(0.5, 0.5, -0.5, -0.5), cornerRadius,
+                                 cornerRadius);
+        painter->restore();
+    }
+    return true;
 }
 
 void drawRoundedFrame(const QStyleOption* option, QPainter* painter)
@@ -330,6 +350,10 @@ void SCAppStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* opt
         return;
     case PE_Frame:
         drawRoundedFrame(option, painter);
+        return;
+    case PE_FrameFocusRect:
+        if (!drawToolBarFocusFrame(option, painter, widget))
+            QProxyStyle::drawPrimitive(element, option, painter, widget);
         return;
     default:
         QProxyStyle::drawPrimitive(element, option, painter, widget);

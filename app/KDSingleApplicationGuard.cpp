@@ -1,31 +1,33 @@
 #include "KDSingleApplicationGuard.h"
+#include "KDSingleApplicationGuardFiles.h"
 #include "KDSingleApplicationGuard_p.h"
 
 #include <QBasicTimer>
 #include <QCoreApplication>
 #include <QDeadlineTimer>
-#include <QDir>
-#include <QFileInfo>
-#include <QLockFile>
-#include <QSharedMemory>
-#include <QThread>
+#include <QFile>
+#include <QLoggingCategory>
+#include <QSocketNotifier>
 #include <QTimerEvent>
 
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 
 #include <pthread.h>
 #include <signal.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
 
-constexpr int PollInterval = 250;            // ms between two looks at the register
-constexpr int InitialisationTimeout = 60000; // ms a creator gets to initialise the register
-constexpr int InitialisationRetry = 5;       // ms between two looks while waiting for it
-constexpr int OpenAttempts = 3;              // the segment may vanish between create and attach
+Q_LOGGING_CATEGORY(lcStartUp, "startcenter.startup", QtWarningMsg)
+
+constexpr int PollInterval = 250;    // ms between two looks at the register
+constexpr int JoinTimeout = 3000;    // ms a start or an exit waits for the register's lock
+constexpr int RunningTimeout = 20;   // ms a look or command waits for it; the next poll tries again
 
 const char Signature[] = "kdsingleapp";
 static_assert(sizeof(Signature) == sizeof(InstanceRegister::signature), "signature fills its field");
@@ -46,11 +48,24 @@ void writeUInt16(char* to, quint16 value)
     std::memcpy(to, &value, sizeof value);
 }
 
-// kill() with signal 0 only asks whether the process exists; EPERM means it
-// does, but belongs to someone else.
-bool processRuns(qint64 pid)
+// A running process of this user. kill() with signal 0 fails with EPERM for
+// another user's process; for root, whom it never refuses, the owner of the
+// process's /proc entry tells. Async-signal-safe.
+bool isOwnLiveProcess(qint64 pid)
 {
-    return pid > 0 && (::kill(pid_t(pid), 0) == 0 || errno == EPERM);
+    if (pid <= 0 || pid > std::numeric_limits<pid_t>::max() || ::kill(pid_t(pid), 0) != 0)
+        return false;
+    char path[32] = "/proc/";
+    char digits[24];
+    int count = 0;
+    for (qint64 rest = pid; rest > 0; rest /= 10)
+        digits[count++] = char('0' + rest % 10);
+    char* end = path + 6;
+    while (count > 0)
+        *end++ = digits[--count];
+    *end = '\0';
+    struct stat info;
+    return ::stat(path, &info) != 0 || info.st_uid == geteuid();
 }
 
 KDSingleApplicationGuard::Policy policyFrom(int value)
@@ -59,15 +74,34 @@ KDSingleApplicationGuard::Policy policyFrom(int value)
                                                                      : KDSingleApplicationGuard::NoPolicy;
 }
 
-// Beside the key files Qt keeps in the temporary folder.
-QString startLockPath(const QSharedMemory& memory)
+// The guard then runs as a lone instance, as without shared memory.
+bool registerUnavailable(const QString& reason)
 {
-    return QDir(QDir::tempPath()).filePath(QFileInfo(memory.nativeKey()).fileName() + QLatin1String(".lock"));
+    qCWarning(lcStartUp, "KDSingleApplicationGuard: instance register unavailable, running as a lone instance: %s",
+              qPrintable(reason));
+    return false;
 }
 
 void warnNotResponding()
 {
     qWarning("KDSingleApplicationGuard: Instance not responding. ");
+}
+
+// A header that is not a register of this layout is nothing a guard wrote;
+// waiting would not help.
+bool isUsable(const InstanceRegister& reg)
+{
+    if (!reg.isValid()) {
+        warnNotResponding();
+        return false;
+    }
+    if (reg.version() != InstanceRegister::LayoutVersion) {
+        qWarning("KDSingleApplicationGuard: Detected version mismatch. Highest supported version: %ud, actual "
+                 "version: %ud",
+                 InstanceRegister::LayoutVersion, reg.version());
+        return false;
+    }
+    return true;
 }
 
 // Holds the register's lock for one operation. SIGINT stays blocked meanwhile,
@@ -76,21 +110,16 @@ void warnNotResponding()
 class LockedRegister
 {
 public:
-    explicit LockedRegister(QSharedMemory& memory)
-        : m_memory(memory)
+    LockedRegister(RegisterFile& file, QDeadlineTimer deadline)
+        : m_file(file)
     {
         sigset_t interrupt;
         sigemptyset(&interrupt);
         sigaddset(&interrupt, SIGINT);
         pthread_sigmask(SIG_BLOCK, &interrupt, &m_savedMask);
-        if (!memory.lock()) {
+        m_locked = file.lock(deadline);
+        if (!m_locked)
             pthread_sigmask(SIG_SETMASK, &m_savedMask, nullptr);
-            return;
-        }
-        m_register = static_cast<InstanceRegister*>(memory.data());
-        m_locked = true;
-        if (!m_register)
-            unlock();
     }
     ~LockedRegister() { unlock(); }
     LockedRegister(const LockedRegister&) = delete;
@@ -100,19 +129,19 @@ public:
     {
         if (!m_locked)
             return;
-        m_register = nullptr;
         m_locked = false;
-        m_memory.unlock();
+        m_file.unlock();
         pthread_sigmask(SIG_SETMASK, &m_savedMask, nullptr);
     }
 
-    explicit operator bool() const { return m_register != nullptr; }
-    InstanceRegister* operator->() const { return m_register; }
-    InstanceRegister& operator*() const { return *m_register; }
+    bool isLocked() const { return m_locked; }
+    // Locked, with the register mapped.
+    explicit operator bool() const { return m_locked && m_file.data(); }
+    InstanceRegister* operator->() const { return m_file.data(); }
+    InstanceRegister& operator*() const { return *m_file.data(); }
 
 private:
-    QSharedMemory& m_memory;
-    InstanceRegister* m_register = nullptr;
+    RegisterFile& m_file;
     bool m_locked = false;
     sigset_t m_savedMask;
 };
@@ -122,7 +151,7 @@ private:
 void markVanishedInstances(InstanceRegister& reg)
 {
     for (ProcessInfo& slot : reg.processInfo) {
-        if (slot.isTaken() && !processRuns(slot.pid))
+        if (slot.isTaken() && !isOwnLiveProcess(slot.pid))
             slot.command |= CmdExited;
     }
 }
@@ -247,12 +276,6 @@ bool InstanceRegister::isValid() const
     return std::strncmp(signature, Signature, sizeof signature) == 0;
 }
 
-bool InstanceRegister::isBlank() const
-{
-    static const char zeros[offsetof(InstanceRegister, processInfo)] = {};
-    return std::memcmp(this, zeros, sizeof zeros) == 0;
-}
-
 int InstanceRegister::policy() const
 {
     return int(bitFields & PolicyMask);
@@ -266,14 +289,6 @@ void InstanceRegister::setPolicy(int policy)
 quint32 InstanceRegister::version() const
 {
     return bitFields >> VersionShift;
-}
-
-// The register belongs to one user: Qt keeps the segment's key files in the
-// shared temporary folder, readable only by their owner, so a register of
-// another user of the same machine must never be looked at.
-void setRegisterKey(QSharedMemory& memory, const QString& applicationName)
-{
-    memory.setKey(applicationName + QStringLiteral("-uid") + QString::number(getuid()));
 }
 
 // ---------------------------------------------------------------------------
@@ -334,6 +349,7 @@ public:
 
     void start(const QStringList& arguments);
     void poll();
+    void leave();
     void shutdownInstance();
     void commandOthers(quint32 command);
     bool checkOperational(const char* function, const char* purpose) const;
@@ -347,16 +363,20 @@ public:
 
     KDSingleApplicationGuard* const q;
     QBasicTimer timer;
-    QSharedMemory memory;
+    std::unique_ptr<PrivateFolder> folder;
+    QByteArray registerName;
+    QByteArray wakeName;
+    RegisterFile file;
+    WakeChannel wakeChannel;
+    std::unique_ptr<QSocketNotifier> wakeNotifier;
     int id = -1;
     Policy policy;
     bool operational = false;
 
 private:
     bool join(const QStringList& arguments);
-    bool openSegment(bool* created);
-    bool awaitInitialisation();
     int registerIn(InstanceRegister& reg, bool created, const QStringList& arguments);
+    void listenForStarts();
     void pollAsPrimary();
     void pollAsSecondary();
 };
@@ -379,11 +399,13 @@ void KDSingleApplicationGuard::Private::start(const QStringList& arguments)
     if (!primaryInstance)
         primaryInstance = q;
 
-    setRegisterKey(memory, name);
+    const QByteArray baseName = QFile::encodeName(registerBaseName(name));
+    registerName = baseName + ".register";
+    wakeName = baseName + ".wake";
     if (!join(arguments))
         return;
     if (id > 0 && policy == AutoKillOtherInstances) {
-        shutdownInstance();
+        leave();
         std::exit(1);
     }
 
@@ -395,113 +417,65 @@ void KDSingleApplicationGuard::Private::start(const QStringList& arguments)
     operational = true;
 }
 
-// Opens the register and takes a slot in it. Starts of the same application
-// take turns here: the segment's own lock does not keep them apart, since
-// every QSharedMemory::create() resets it. Without the turn (no lock file
-// possible) the start goes on all the same.
+// Opens the register in the user's private folder and takes a slot in it;
+// a later start then wakes the primary. Any doubt about the folder or the
+// file, or a lock that cannot be had in time, leaves the guard
+// non-operational.
 bool KDSingleApplicationGuard::Private::join(const QStringList& arguments)
 {
-    QLockFile startLock(startLockPath(memory));
-    startLock.tryLock(InitialisationTimeout);
-    bool created = false;
-    if (!openSegment(&created))
-        return false;
-    if (!created && !awaitInitialisation()) {
-        memory.detach();
-        return false;
-    }
-    {
-        LockedRegister reg(memory);
-        if (!reg) {
-            warnNotResponding();
-        } else {
-            id = registerIn(*reg, created, arguments);
-            if (id == -1)
-                qWarning("KDSingleApplicationGuard: all %d slots of the instance register are taken",
-                         InstanceRegister::SlotCount);
+    folder = std::make_unique<PrivateFolder>();
+    if (!folder->isOpen())
+        return registerUnavailable(folder->error());
+    const QDeadlineTimer deadline(JoinTimeout);
+    QString error;
+    for (;;) {
+        if (!file.open(folder->fd(), registerName, &error))
+            return registerUnavailable(error);
+        LockedRegister reg(file, deadline);
+        if (!reg.isLocked()) {
+            file.close();
+            return registerUnavailable(QStringLiteral("its lock is held by another process"));
         }
-    }
-    if (id == -1)
-        memory.detach();
-    return id != -1;
-}
-
-// Creates the segment, or attaches to the one that exists. A segment left
-// behind by a process that ended without detaching goes away when the last
-// user detaches, hence the attach and detach before the creation.
-//
-// A segment that is still in use after that is joined at once: a failed
-// QSharedMemory::create() takes the segment's lock over and resets it, which
-// would break the lock for the processes already using it.
-bool KDSingleApplicationGuard::Private::openSegment(bool* created)
-{
-    QString notes;
-    for (int attempt = 1;; ++attempt) {
-        if (memory.attach()) {
-            memory.detach();
-            if (memory.attach()) {
-                *created = false;
-                return true;
-            }
-        }
-        if (memory.create(sizeof(InstanceRegister))) {
-            *created = true;
-            return true;
-        }
-        const bool existed = memory.error() == QSharedMemory::AlreadyExists;
-        if (!existed)
-            notes = QStringLiteral("QSharedMemory::create failed: %1\n").arg(memory.errorString());
-        if (memory.attach()) {
-            *created = false;
-            return true;
-        }
-        // The last user may have left between our create and attach.
-        if (existed && memory.error() == QSharedMemory::NotFound && attempt < OpenAttempts)
+        // Its last user removed it while we waited: open the new one.
+        if (!file.isCurrent())
             continue;
-        if (memory.error() != QSharedMemory::NoError)
-            notes += QStringLiteral("QSharedMemory::attach failed: %1\n").arg(memory.errorString());
+        bool fresh = false;
+        if (!file.attach(&fresh, &error)) {
+            reg.unlock();
+            file.close();
+            return registerUnavailable(error);
+        }
+        if (!fresh && !isUsable(*reg))
+            break;
+        id = registerIn(*reg, fresh, arguments);
+        if (id == -1)
+            qWarning("KDSingleApplicationGuard: all %d slots of the instance register are taken",
+                     InstanceRegister::SlotCount);
+        if (id == 0)
+            listenForStarts();
         break;
     }
-    qWarning("%sKDSingleApplicationGuard: Could neither create nor attach to shared memory segment.\n",
-             qPrintable(notes));
-    return false;
-}
-
-// Waits until the creator has written the header. A header that is neither
-// blank nor valid is no register a guard writes; waiting would not help.
-bool KDSingleApplicationGuard::Private::awaitInitialisation()
-{
-    if (memory.size() < qsizetype(sizeof(InstanceRegister))) {
-        warnNotResponding();
+    if (id == -1) {
+        file.close();
         return false;
     }
-    const QDeadlineTimer deadline(InitialisationTimeout);
-    for (;;) {
-        bool valid = false;
-        bool blank = false;
-        quint32 version = 0;
-        {
-            LockedRegister reg(memory);
-            if (!reg)
-                break;
-            valid = reg->isValid();
-            blank = reg->isBlank();
-            version = reg->version();
-        }
-        if (valid && version == InstanceRegister::LayoutVersion)
-            return true;
-        if (valid) {
-            qWarning("KDSingleApplicationGuard: Detected version mismatch. Highest supported version: %ud, actual "
-                     "version: %ud",
-                     InstanceRegister::LayoutVersion, version);
-            return false;
-        }
-        if (!blank || deadline.hasExpired())
-            break;
-        QThread::msleep(InitialisationRetry);
-    }
-    warnNotResponding();
-    return false;
+    if (id > 0)
+        WakeChannel::wake(folder->fd(), wakeName);
+    return true;
+}
+
+// With the register locked: the primary reads the register whenever a later
+// start writes a byte into the channel.
+void KDSingleApplicationGuard::Private::listenForStarts()
+{
+    const int fd = wakeChannel.listen(folder->fd(), wakeName);
+    if (fd < 0)
+        return;
+    wakeNotifier = std::make_unique<QSocketNotifier>(fd, QSocketNotifier::Read);
+    QObject::connect(wakeNotifier.get(), &QSocketNotifier::activated, q, [this] {
+        wakeChannel.drain();
+        poll();
+    });
 }
 
 // Takes a slot for this process and returns its index, -1 when all are taken.
@@ -546,7 +520,7 @@ void KDSingleApplicationGuard::Private::pollAsPrimary()
     QList<Instance> started;
     QList<Instance> exited;
     {
-        LockedRegister reg(memory);
+        LockedRegister reg(file, QDeadlineTimer(RunningTimeout));
         if (!reg)
             return;
         for (int i = 1; i < InstanceRegister::SlotCount; ++i) {
@@ -576,7 +550,7 @@ void KDSingleApplicationGuard::Private::pollAsSecondary()
     bool shutdown = false;
     bool policyHasChanged = false;
     {
-        LockedRegister reg(memory);
+        LockedRegister reg(file, QDeadlineTimer(RunningTimeout));
         if (!reg)
             return;
         const Policy registered = policyFrom(reg->policy());
@@ -588,6 +562,7 @@ void KDSingleApplicationGuard::Private::pollAsSecondary()
             reg->processInfo[id].reset();
             id = 0;
             becamePrimary = true;
+            listenForStarts();
         }
         ProcessInfo& own = reg->processInfo[id];
         if (own.command & CmdRaise) {
@@ -615,28 +590,46 @@ void KDSingleApplicationGuard::Private::pollAsSecondary()
 }
 
 // Leaves the register. A primary hands slot 0 to the first live instance,
-// which takes it over at its next poll.
+// which takes it over at its next poll; the last one out removes the files.
+// Async-signal-safe: the interrupt handler runs it as well.
 void KDSingleApplicationGuard::Private::shutdownInstance()
 {
-    LockedRegister reg(memory);
+    LockedRegister reg(file, QDeadlineTimer(JoinTimeout));
     if (!reg)
         return;
     reg->processInfo[id].command |= CmdExited;
     if (id == 0) {
         for (int i = 1; i < InstanceRegister::SlotCount; ++i) {
             ProcessInfo& slot = reg->processInfo[i];
-            if (!(slot.command & (CmdExited | CmdFree | CmdShutdown | CmdKill)) && processRuns(slot.pid)) {
+            if (!(slot.command & (CmdExited | CmdFree | CmdShutdown | CmdKill)) && isOwnLiveProcess(slot.pid)) {
                 slot.command |= CmdBecomePrimary;
                 break;
             }
         }
     }
+    if (!file.othersAttached()) {
+        file.remove();
+        WakeChannel::remove(folder->fd(), wakeName);
+    }
     id = -1;
+}
+
+// Leaves the register and closes its files; a secondary's exit reaches the
+// primary at once.
+void KDSingleApplicationGuard::Private::leave()
+{
+    const bool secondary = id > 0;
+    shutdownInstance();
+    wakeNotifier.reset();
+    wakeChannel.close();
+    file.close();
+    if (secondary)
+        WakeChannel::wake(folder->fd(), wakeName);
 }
 
 void KDSingleApplicationGuard::Private::commandOthers(quint32 command)
 {
-    LockedRegister reg(memory);
+    LockedRegister reg(file, QDeadlineTimer(RunningTimeout));
     if (!reg)
         return;
     for (int i = 1; i < InstanceRegister::SlotCount; ++i) {
@@ -674,7 +667,7 @@ void KDSingleApplicationGuard::Private::sendCommand(qint64 pid, quint32 command)
 {
     if (!primaryInstance || !primaryInstance->d->operational)
         return;
-    LockedRegister reg(primaryInstance->d->memory);
+    LockedRegister reg(primaryInstance->d->file, QDeadlineTimer(RunningTimeout));
     if (!reg)
         return;
     for (ProcessInfo& slot : reg->processInfo) {
@@ -735,7 +728,7 @@ KDSingleApplicationGuard::KDSingleApplicationGuard(const QStringList& arguments,
 KDSingleApplicationGuard::~KDSingleApplicationGuard()
 {
     if (d->id != -1)
-        d->shutdownInstance();
+        d->leave();
     if (Private::primaryInstance == this)
         Private::primaryInstance = nullptr;
 }
@@ -761,7 +754,7 @@ void KDSingleApplicationGuard::setPolicy(Policy policy)
         return;
     d->policy = policy;
     {
-        LockedRegister reg(d->memory);
+        LockedRegister reg(d->file, QDeadlineTimer(RunningTimeout));
         if (reg)
             reg->setPolicy(policy);
     }
@@ -773,7 +766,7 @@ QList<KDSingleApplicationGuard::Instance> KDSingleApplicationGuard::instances() 
     QList<Instance> result;
     if (!d->checkOperational("instances", "report on other instances"))
         return result;
-    LockedRegister reg(d->memory);
+    LockedRegister reg(d->file, QDeadlineTimer(RunningTimeout));
     if (!reg)
         return result;
     for (const ProcessInfo& slot : reg->processInfo) {

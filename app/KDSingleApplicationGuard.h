@@ -9,15 +9,18 @@
 #include <memory>
 
 // Keeps one running instance per application name and user session. All
-// instances share a register in shared memory keyed by
-// QCoreApplication::applicationName(); the first one is the primary instance,
-// later ones register as secondary instances and hand over their command line.
-// Every instance looks at the register every 250 ms, so the primary learns of
-// a new start through instanceStarted() within one interval.
+// instances of a session share a register, a file of mode 0600 in a folder
+// only this user can use, mapped into each of them; the first one is the
+// primary instance, later ones register as secondary instances and hand over
+// their command line. A later start wakes the primary at once through a FIFO
+// beside the register, so the primary reports it through instanceStarted()
+// without delay; every instance also looks at the register every 250 ms, which
+// gets a start through when the wake-up does not.
 //
-// A guard that cannot reach the register (no application object, no name,
-// no shared memory, register full or unreadable) warns and stays
-// non-operational; the program may then run as if it were alone.
+// A guard that cannot use the register (no application object, no name, a
+// folder or file that is not this user's alone, a lock held too long,
+// register full or unreadable) warns and stays non-operational; the program
+// may then run as if it were alone.
 class KDSingleApplicationGuard : public QObject
 {
     Q_OBJECT

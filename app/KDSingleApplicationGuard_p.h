@@ -1,15 +1,13 @@
 #pragma once
 
-// The instance register that all guards of one application name share: one
-// shared-memory segment in host byte order, a 16-byte header followed by one
-// slot per process. The layout is fixed; every process that uses the register
-// reads and writes it byte for byte as declared here.
+// The instance register that all guards of one application name share in a
+// user's session: one block of shared memory in host byte order, a 16-byte
+// header followed by one slot per process. The layout is fixed; every process
+// that uses the register reads and writes it byte for byte as declared here.
 
 #include <QStringList>
 
 #include <cstddef>
-
-class QSharedMemory;
 
 // Bits of ProcessInfo::command; several may be set at once.
 enum Command : quint32 {
@@ -63,8 +61,6 @@ struct InstanceRegister
     // Signature, policy and layout in the header, every slot free.
     void initialise(int policy);
     bool isValid() const;
-    // All header bytes zero: created, but not initialised yet.
-    bool isBlank() const;
     int policy() const;
     void setPolicy(int policy);
     quint32 version() const;
@@ -75,8 +71,3 @@ static_assert(offsetof(ProcessInfo, command) == 8 && offsetof(ProcessInfo, argum
               "slot fields at their fixed offsets");
 static_assert(offsetof(InstanceRegister, processInfo) == 16, "slots follow the 16 header bytes");
 static_assert(sizeof(InstanceRegister) == 133136, "the register takes 133136 bytes");
-
-// Points the segment at the register of the given application. Every user of
-// the register (the guard, tests, tools) goes through here, so the way the key
-// is formed lives in one place.
-void setRegisterKey(QSharedMemory& memory, const QString& applicationName);

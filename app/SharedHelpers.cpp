@@ -81,7 +81,7 @@ QStringList collectBundleIds(bool includeMain)
     const QStringList embedded = resources.entryList({QStringLiteral("*.app")}, QDir::Dirs | QDir::NoDotAndDotDot);
     for (const QString& entry : embedded) {
         const std::string path = resources.absoluteFilePath(entry).toLatin1().toStdString();
-        ids.append(QString::fromLatin1(BundleInfo::forPath(path).value("CFBundleIdentifier").c_str()));
+        ids.append(QString::fromLatin1(BundleInfo::at(path).value("CFBundleIdentifier").c_str()));
     }
     return ids;
 }

@@ -1,19 +1,17 @@
 #include "DMDataFileInfo.h"
 
 #include "CrossPlatformApi.h"
+#include "RegularFile.h"
 #include "StringFunctions.h"
-
-#include <fstream>
 
 bool DMDataFileInfo::readFile(const std::string& path)
 {
     m_head.clear();
-    std::ifstream file(CrossPlatformApi::fileSystemEncoding(path), std::ios::binary);
-    if (!file)
+    // A FIFO or device planted among the case files is refused, not read.
+    std::optional<std::string> head = RegularFile::readHead(CrossPlatformApi::fileSystemEncoding(path), scannedSize);
+    if (!head)
         return false;
-    m_head.resize(scannedSize);
-    file.read(m_head.data(), std::streamsize(scannedSize));
-    m_head.resize(std::size_t(file.gcount()));
+    m_head = std::move(*head);
     std::string ignored;
     return findValue(keyPerson, ignored) || findValue(keyComment, ignored);
 }

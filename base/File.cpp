@@ -1,7 +1,10 @@
 #include "File.h"
 
 #include "CrossPlatformApi.h"
+#include "RegularFile.h"
 #include "ValidatedBuffer.h"
+
+#include <cstring>
 
 #include <cstdio>
 #include <fstream>
@@ -14,10 +17,16 @@
 
 namespace {
 
-// fstat of the file opened read-only; false when it cannot be opened.
+// No file the program reads whole comes near this size; a larger one (or a
+// device that never ends) reads as unreadable.
+constexpr std::size_t MaxWholeFileBytes = 64 * 1024 * 1024;
+
+// fstat of the file opened read-only; false when it cannot be opened. A FIFO
+// is opened without waiting for a writer.
 bool statFile(const std::string& path, struct stat& info)
 {
-    const int descriptor = ::open(CrossPlatformApi::fileSystemEncoding(path).c_str(), O_RDONLY);
+    const int descriptor = ::open(CrossPlatformApi::fileSystemEncoding(path).c_str(),
+                                  O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (descriptor < 0)
         return false;
     const bool ok = ::fstat(descriptor, &info) == 0;
@@ -75,26 +84,27 @@ bool cFile::writeBytes(const char* data, std::size_t size) const
 
 int cFile::ReadIntoString(std::string& text) const
 {
-    const int length = GetFilelength();
-    if (length <= 0)
+    const std::optional<std::string> data = readWhole();
+    if (!data || data->empty())
         return 0;
-    std::vector<char> block(std::size_t(length) + 1, '\0');
-    std::ifstream in(CrossPlatformApi::fileSystemEncoding(m_path), std::ios::binary);
-    in.read(block.data(), length);
-    // Ends at the first zero byte, the terminator added above at the latest.
-    text = block.data();
-    return length;
+    // Ends at the first zero byte.
+    text.assign(data->c_str());
+    return int(data->size());
 }
 
 int cFile::readIntoBuffer(ValidatedBuffer& buffer) const
 {
-    const int length = GetFilelength();
-    if (length <= 0)
+    const std::optional<std::string> data = readWhole();
+    if (!data || data->empty())
         return 0;
-    buffer.changeSize(unsigned(length));
-    std::ifstream in(CrossPlatformApi::fileSystemEncoding(m_path), std::ios::binary);
-    in.read(buffer.get(), length);
-    return length;
+    buffer.changeSize(unsigned(data->size()));
+    std::memcpy(buffer.get(), data->data(), data->size());
+    return int(data->size());
+}
+
+std::optional<std::string> cFile::readWhole() const
+{
+    return RegularFile::readWhole(CrossPlatformApi::fileSystemEncoding(m_path), MaxWholeFileBytes);
 }
 
 void cFile::copyStreams(std::istream& in, std::ostream& out)

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <iosfwd>
+#include <optional>
 #include <string>
 
 class ValidatedBuffer;
@@ -27,7 +28,9 @@ public:
     bool writeFromBuffer(const ValidatedBuffer& buffer) const;   // the whole usable size
 
     // Reads the whole file; the text ends at the first zero byte. An empty
-    // or unreadable file leaves text unchanged. Returns the file length.
+    // or unreadable file leaves text unchanged, and so does anything that is
+    // no regular file or is larger than any file the program reads whole.
+    // Returns the file length.
     int ReadIntoString(std::string& text) const;
     // Resizes the buffer to the file length and reads the file into it.
     int readIntoBuffer(ValidatedBuffer& buffer) const;
@@ -41,6 +44,7 @@ public:
 
 private:
     bool writeBytes(const char* data, std::size_t size) const;
+    std::optional<std::string> readWhole() const;
 
     std::string m_path;
 };

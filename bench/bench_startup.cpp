@@ -1,21 +1,21 @@
-// The launcher's start-up on the sample installation of the build tree,
-// offscreen: the time from starting the process to its main window being
-// shown with the event loop idle, against a program that shows an empty
-// QMainWindow the same way; the peak memory of both, half a second after
-// that; and, in this process,
-// the time of one mode switch (click handler with the page refresh).
+// The launcher's start-up on the sample installation of the build tree: the
+// time from starting the process to its main window's first painted frame,
+// side by side with two plain Qt programs started the same way, one showing
+// an empty QMainWindow and one showing the launcher's visible content built
+// the obvious way; offscreen, and under X11 as well when a display is set
+// (run it under xvfb-run). Then the memory of the three at the first frame
+// and half a second later (the launcher's start sound is loaded by then), and, in
+// this process, the time of one mode switch (click handler with the page
+// refresh).
 //
-// Both programs report "shown" on their standard output when they get
-// SC_BENCH_REPORT_SHOWN. They run with a home folder of their own, seeded
-// with the sample case files, so no user settings are touched.
+// The programs report "shown" on their standard output after their first
+// frame (the launcher when it gets SC_BENCH_REPORT_SHOWN). They run with a
+// home folder of their own, seeded with the sample case files, so no user
+// settings are touched.
 
+#include "BenchInstallation.h"
 #include "BenchUtil.h"
-#include "Configuration.h"
-#include "CrossPlatformApi.h"
-#include "SharedHelpers.h"
 #include "NvWinIni.h"
-#include "PixmapManager.h"
-#include "SCAppStyle.h"
 #include "StartCenter.h"
 
 #include <QApplication>
@@ -35,152 +35,76 @@
 #error "SC_LAUNCHER must name the built launcher"
 #endif
 
+using namespace bench;
+
 namespace {
 
 constexpr int startupRuns = 15;
 constexpr int warmUpRuns = 2;
 constexpr int modeSwitchRuns = 24;
-constexpr int shownTimeoutMs = 30000;
-// Work a program does after its window is up (the launcher's start sound)
-// counts for the memory figure: the peak is read this much later.
-constexpr int settleMs = 500;
 
-struct StartRun
+struct Program
 {
-    double ms = 0;
-    double peakMiB = 0;
+    QString path;
+    QStringList arguments;
+    std::vector<StartRun> runs;
+
+    double medianOf(double (*value)(const StartRun&)) const
+    {
+        std::vector<double> values;
+        for (const StartRun& run : runs)
+            values.push_back(value(run));
+        return bench::median(values);
+    }
+    double ms() const { return medianOf([](const StartRun& run) { return run.ms; }); }
 };
 
-// The folders a program of the suite uses, all below home.
-void setUpHome(const QString& home)
+void printMemory(const char* name, const Program& ours, const Program& reference,
+                 double (*value)(const StartRun&))
 {
-    const QString caseFolder = home + QStringLiteral("/Documents/Orvane Steuerfälle");
-    QDir().mkpath(caseFolder);
-    QDir().mkpath(home + QStringLiteral("/tmp"));
-    QDir().mkpath(home + QStringLiteral("/shared"));
-    QDir().mkpath(home + QStringLiteral("/runtime"));
-    QFile::setPermissions(home + QStringLiteral("/runtime"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    const QDir samples(QStringLiteral(SC_SOURCE_DIR "/demo/HomeData"));
-    for (const QString& name : samples.entryList(QDir::Files))
-        QFile::copy(samples.filePath(name), caseFolder + QLatin1Char('/') + name);
+    const double oursMiB = ours.medianOf(value);
+    const double referenceMiB = reference.medianOf(value);
+    std::printf("%s ours_mib=%.1f reference_mib=%.1f difference_mib=%.1f\n", name, oursMiB, referenceMiB,
+                oursMiB - referenceMiB);
 }
 
-std::vector<std::pair<const char*, QString>> homeVariables(const QString& home)
+// Starts the launcher and both references in turn, so that all three see the
+// same machine load, and prints the medians; memory only when asked, once is
+// enough.
+bool compareStartUp(const QString& home, const QString& platform, const char* prefix, bool withMemory)
 {
-    return {{"HOME", home},
-            {"TMPDIR", home + QStringLiteral("/tmp")},
-            {"XDG_RUNTIME_DIR", home + QStringLiteral("/runtime")},
-            {"XDG_CONFIG_HOME", home + QStringLiteral("/.config")},
-            {"XDG_DATA_HOME", home + QStringLiteral("/.local/share")},
-            {"XDG_CACHE_HOME", home + QStringLiteral("/.cache")},
-            {"XDG_DOCUMENTS_DIR", home + QStringLiteral("/Documents")},
-            {"SC_COMMON_APPDATA", home + QStringLiteral("/shared")}};
-}
+    const QProcessEnvironment environment = programEnvironment(home, platform);
+    Program launcher{QStringLiteral(SC_LAUNCHER), {}, {}};
+    Program empty{QStringLiteral(SC_MINIMAL_WINDOW), {}, {}};
+    Program content{QStringLiteral(SC_CONTENT_WINDOW), {QStringLiteral(SC_PICTURES_DIR "/container"), QStringLiteral(SC_PICTURES_DIR "/media/sc_header.png")}, {}};
 
-QProcessEnvironment programEnvironment(const QString& home)
-{
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    for (const auto& [name, value] : homeVariables(home))
-        environment.insert(QLatin1String(name), value);
-    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-    environment.insert(QStringLiteral("SC_BENCH_REPORT_SHOWN"), QStringLiteral("1"));
-    return environment;
-}
-
-// The peak resident set ("VmHWM") of a running process, in MiB.
-double peakResidentMiB(qint64 pid)
-{
-    QFile status(QStringLiteral("/proc/%1/status").arg(pid));
-    if (!status.open(QIODevice::ReadOnly))
-        return 0;
-    for (const QByteArray& line : status.readAll().split('\n')) {
-        if (line.startsWith("VmHWM:"))
-            return line.mid(6).trimmed().split(' ').value(0).toDouble() / 1024.0;
-    }
-    return 0;
-}
-
-std::optional<StartRun> startUntilShown(const QString& program, const QProcessEnvironment& environment)
-{
-    QProcess process;
-    process.setProcessEnvironment(environment);
-    process.setStandardErrorFile(QProcess::nullDevice());
-    QElapsedTimer timer;
-    timer.start();
-    process.start(program, {});
-    QByteArray output;
-    while (!output.contains("shown\n")) {
-        if (!process.waitForReadyRead(shownTimeoutMs))
-            return std::nullopt;
-        output += process.readAllStandardOutput();
-    }
-    StartRun run;
-    run.ms = double(timer.nsecsElapsed()) / 1e6;
-    QThread::msleep(settleMs);
-    run.peakMiB = peakResidentMiB(process.processId());
-
-    // The launcher leaves its single-instance register on an interrupt.
-    ::kill(pid_t(process.processId()), SIGINT);
-    if (!process.waitForFinished(5000)) {
-        process.kill();
-        process.waitForFinished();
-    }
-    return run;
-}
-
-bool compareStartUp(const QString& home)
-{
-    const QProcessEnvironment environment = programEnvironment(home);
-    const QString launcher = QStringLiteral(SC_LAUNCHER);
-    const QString minimal = QStringLiteral(SC_MINIMAL_WINDOW);
-
-    std::vector<double> oursMs, referenceMs, oursMiB, referenceMiB;
     for (int i = 0; i < warmUpRuns + startupRuns; ++i) {
-        const std::optional<StartRun> ours = startUntilShown(launcher, environment);
-        const std::optional<StartRun> reference = startUntilShown(minimal, environment);
-        if (!ours || !reference) {
-            std::fprintf(stderr, "bench_startup: a program did not report its window\n");
-            return false;
+        for (Program* program : {&launcher, &empty, &content}) {
+            const std::optional<StartRun> run = startUntilShown(program->path, program->arguments, environment);
+            if (!run) {
+                std::fprintf(stderr, "bench_startup: %s did not report its window\n", qPrintable(program->path));
+                return false;
+            }
+            if (i >= warmUpRuns)
+                program->runs.push_back(*run);
         }
-        if (i < warmUpRuns)
-            continue;
-        oursMs.push_back(ours->ms);
-        referenceMs.push_back(reference->ms);
-        oursMiB.push_back(ours->peakMiB);
-        referenceMiB.push_back(reference->peakMiB);
     }
-    bench::printResult("startup", bench::median(oursMs), bench::median(referenceMs));
-    const double ours = bench::median(oursMiB);
-    const double reference = bench::median(referenceMiB);
-    std::printf("startup_peak_rss ours_mib=%.1f reference_mib=%.1f difference_mib=%.1f\n", ours, reference,
-                ours - reference);
+    const std::string name = prefix;
+    bench::printResult(name.c_str(), launcher.ms(), empty.ms());
+    bench::printResult((name + "_content").c_str(), launcher.ms(), content.ms());
+    if (withMemory) {
+        const auto peak = [](const StartRun& run) { return run.memory.peakMiB; };
+        const auto proportional = [](const StartRun& run) { return run.memory.proportionalMiB; };
+        const auto anonymous = [](const StartRun& run) { return run.memory.anonymousMiB; };
+        printMemory("startup_peak_rss", launcher, empty, peak);
+        printMemory("startup_rss_content", launcher, content, peak);
+        printMemory("startup_pss_content", launcher, content, proportional);
+        printMemory("startup_anon_content", launcher, content, anonymous);
+        printMemory("startup_rss_first_frame_content", launcher, content,
+                    [](const StartRun& run) { return run.atFirstFrame.peakMiB; });
+    }
     std::fflush(stdout);
     return true;
-}
-
-// The launcher's start-up, in this process, on the same installation.
-bool openInstallation(const QString& home)
-{
-    for (const auto& [name, value] : homeVariables(home))
-        qputenv(name, value.toLocal8Bit());
-    CrossPlatformApi::overrideExecutablePath(QStringLiteral(SC_LAUNCHER).toLatin1().toStdString());
-
-    if (!openInstallationSettings())
-        return false;
-    PixmapManager::theInstance()->setInfoFile(
-        cConfiguration::theInstance()->GetString("Application", "ImageInfoFile", "images.ini"));
-    SCAppStyle::installApplicationLook();
-    return true;
-}
-
-void processEventsFor(int ms)
-{
-    QElapsedTimer timer;
-    timer.start();
-    while (timer.elapsed() < ms) {
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-        QThread::msleep(5);
-    }
 }
 
 void measureModeSwitch()
@@ -216,7 +140,10 @@ int main(int argc, char** argv)
     if (!home.isValid())
         return 1;
     setUpHome(home.path());
-    if (!compareStartUp(home.path()))
+    if (!compareStartUp(home.path(), QStringLiteral("offscreen"), "startup", true))
+        return 1;
+    if (!qEnvironmentVariableIsEmpty("DISPLAY")
+        && !compareStartUp(home.path(), QStringLiteral("xcb"), "startup_xcb", false))
         return 1;
     if (!openInstallation(home.path()))
         return 1;

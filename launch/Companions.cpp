@@ -105,11 +105,10 @@ QString taxbookPage()
 
 bool openTaxbook()
 {
-    // The desktop's handler for HTML pages shows the help. It is started
-    // detached and reports a missing page only to the user, so the page is
-    // checked here.
+    // The desktop's handler for HTML pages shows the help. A missing page
+    // would be reported by a viewer the user has to close, so it is checked here.
     const QString page = taxbookPage();
-    if (QFileInfo(page).isFile() && CrossPlatformApi::startDetached(QStringLiteral("xdg-open"), {page}))
+    if (QFileInfo(page).isFile() && CrossPlatformApi::openUrl(QUrl::fromLocalFile(page)))
         return true;
     reportFailure(QStringLiteral("Kursel"),
                   QStringLiteral("Fehler beim Öffnen des Kursel!\nDer Kompass kann nicht geöffnet werden."));

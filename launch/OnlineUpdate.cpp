@@ -8,10 +8,9 @@
 #include "Date.h"
 #include "IniFile.h"
 #include "ProceedUpdateDlg.h"
+#include "ProcessWait.h"
 
 #include <QCoreApplication>
-#include <QEvent>
-#include <QEventLoop>
 #include <QFileInfo>
 #include <QProcess>
 
@@ -95,36 +94,12 @@ int exitCodeOf(const QProcess& process)
     return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
 }
 
-// A check whose exit code came from the update program itself (not a failure
-// to run it) counts as the last version check.
-bool updateProgramAnswered(int code)
+// Only a check that reached its verdict (the installed version is current, or
+// a newer one exists) counts as the last version check; after any failure the
+// next start tries again.
+bool checkCompleted(int code)
 {
-    return code >= 0 && (code < OnlineUpdate::ManagerNotInstalled || code > OnlineUpdate::ManagerCannotStart);
-}
-
-bool isInputEvent(QEvent::Type type)
-{
-    switch (type) {
-    case QEvent::MouseButtonPress:
-    case QEvent::MouseButtonRelease:
-    case QEvent::MouseButtonDblClick:
-    case QEvent::MouseMove:
-    case QEvent::Wheel:
-    case QEvent::KeyPress:
-    case QEvent::KeyRelease:
-    case QEvent::ShortcutOverride:
-    case QEvent::Shortcut:
-    case QEvent::ContextMenu:
-    case QEvent::TouchBegin:
-    case QEvent::TouchUpdate:
-    case QEvent::TouchEnd:
-    case QEvent::TabletPress:
-    case QEvent::TabletRelease:
-    case QEvent::TabletMove:
-        return true;
-    default:
-        return false;
-    }
+    return code == OnlineUpdate::VersionCurrent || code == OnlineUpdate::NewVersionAvailable;
 }
 
 } // namespace
@@ -195,7 +170,7 @@ void OnlineUpdate::versionCheckThreadFinished()
     m_thread->deleteLater();
     m_thread = nullptr;
     rememberExitCode(code);
-    if (updateProgramAnswered(code))
+    if (checkCompleted(code))
         writeLastCheck();
     m_lastBackgroundResult = code;
 }
@@ -227,29 +202,14 @@ int OnlineUpdate::execOuExe(const QString& args)
         return ManagerCannotStart;
     }
     // The window keeps being painted while the update program runs, but user
-    // input is held back, so that nothing can be started meanwhile.
-    QEventLoop loop;
-    connect(&process, &QProcess::finished, &loop, &QEventLoop::quit);
-    if (m_runsOnGuiThread++ == 0)
-        QCoreApplication::instance()->installEventFilter(this);
-    if (process.state() != QProcess::NotRunning)
-        loop.exec();
-    // The loop also ends when the application quits; the program still gets
-    // to finish its work.
-    process.waitForFinished(-1);
-    if (--m_runsOnGuiThread == 0)
-        QCoreApplication::instance()->removeEventFilter(this);
+    // input is held back, so that nothing can be started meanwhile. When the
+    // application quits, the program still gets to finish its work.
+    if (!ProcessWait::finished(process, -1))
+        process.waitForFinished(-1);
 
     const int code = exitCodeOf(process);
     rememberExitCode(code);
     return code;
-}
-
-bool OnlineUpdate::eventFilter(QObject* watched, QEvent* event)
-{
-    if (isInputEvent(event->type()))
-        return true;
-    return QObject::eventFilter(watched, event);
 }
 
 void OnlineUpdate::rememberExitCode(int code)
@@ -275,7 +235,7 @@ void OnlineUpdate::rememberExitCode(int code)
 int OnlineUpdate::runCheck(const QString& args)
 {
     const int code = execOuExe(args);
-    if (updateProgramAnswered(code))
+    if (checkCompleted(code))
         writeLastCheck();
     return code;
 }

@@ -22,6 +22,7 @@ public:
     // Exit codes of the update program, and the controller's own value for a
     // background check that is still running.
     enum ExitCode {
+        VersionCurrent = 0,
         NewVersionAvailable = 2,
         UpdateDone = 80,
         ManagerNotInstalled = 82,
@@ -95,9 +96,6 @@ public:
 public slots:
     void versionCheckThreadFinished();
 
-protected:
-    bool eventFilter(QObject* watched, QEvent* event) override;
-
 private:
     friend class SingletonSlot<OnlineUpdate>;
     OnlineUpdate();
@@ -107,7 +105,6 @@ private:
 
     std::string m_programPath;   // Latin-1
     QString m_exitCodeText;
-    int m_runsOnGuiThread = 0;   // nested runs share one input filter
     int m_lastBackgroundResult = 0;
     CheckVersionBackgroundThread* m_thread = nullptr;
 };

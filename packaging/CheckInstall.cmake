@@ -55,12 +55,13 @@ foreach(file Contents/Info.plist Contents/Resources/ORVKonf.ini Contents/Resourc
 endforeach()
 
 set(share "${WORK_DIR}/usr/share")
-foreach(file applications/${APP_ID}.desktop metainfo/${APP_ID}.metainfo.xml)
+foreach(file applications/${APP_ID}.desktop metainfo/${APP_ID}.metainfo.xml icons/hicolor/scalable/apps/${APP_ID}.svg
+             man/man1/startcenter.1.gz doc/orvane-startcenter/copyright doc/orvane-startcenter/changelog.Debian.gz)
     if(NOT EXISTS "${share}/${file}")
         fail("missing: ${file}")
     endif()
 endforeach()
-foreach(size 256x256 48x48)
+foreach(size 16x16 22x22 24x24 32x32 48x48 64x64 128x128 256x256)
     set(icon "${share}/icons/hicolor/${size}/apps/${APP_ID}.png")
     if(NOT EXISTS "${icon}")
         fail("icon missing: ${icon}")

@@ -1,6 +1,7 @@
 #include "BundleInfo.h"
 
 #include "CrossPlatformApi.h"
+#include "RegularFile.h"
 
 #include <QDir>
 #include <QFile>
@@ -8,6 +9,9 @@
 #include <QXmlStreamReader>
 
 namespace {
+
+// A bundle's Info.plist is a few kilobytes; a larger one is taken as broken.
+constexpr std::size_t MaxInfoPlistBytes = 1024 * 1024;
 
 std::string toLatin1(const QString& text)
 {
@@ -23,10 +27,10 @@ QString infoPlistPath(const QString& bundlePath)
 // when the file cannot be read or is not well-formed.
 std::map<std::string, std::string> readInfoPlist(const QString& path)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    const std::optional<std::string> content = RegularFile::readWhole(QFile::encodeName(path).toStdString(), MaxInfoPlistBytes);
+    if (!content)
         return {};
-    QXmlStreamReader xml(&file);
+    QXmlStreamReader xml(QByteArray::fromStdString(*content));
     if (!xml.readNextStartElement() || xml.name() != QLatin1String("plist"))
         return {};
     if (!xml.readNextStartElement() || xml.name() != QLatin1String("dict"))
@@ -71,6 +75,14 @@ BundleInfo BundleInfo::forPath(const std::string& path)
             return BundleInfo();
         candidate = parent;
     }
+}
+
+BundleInfo BundleInfo::at(const std::string& bundlePath)
+{
+    const QFileInfo folder(CrossPlatformApi::toQString(bundlePath));
+    if (bundlePath.empty() || !folder.isDir())
+        return BundleInfo();
+    return BundleInfo(toLatin1(QDir::cleanPath(folder.absoluteFilePath())));
 }
 
 BundleInfo BundleInfo::mainBundle()

@@ -15,6 +15,9 @@ public:
 
     // The nearest bundle that contains path (or is path), walking up.
     static BundleInfo forPath(const std::string& path);
+    // The bundle that is exactly this folder, with empty values when it has
+    // no Info.plist of its own; invalid when the folder does not exist.
+    static BundleInfo at(const std::string& bundlePath);
     // The bundle of the running executable.
     static BundleInfo mainBundle();
 

@@ -1,10 +1,11 @@
 #include "CrossPlatformApi.h"
 
 #include "BundleInfo.h"
+#include "PlatformLogging.h"
+#include "ProcessWait.h"
 
 #include <QApplication>
 #include <QCheckBox>
-#include <QDesktopServices>
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -123,6 +124,15 @@ std::string commonAppDataFolder()
     return configured.empty() ? std::string("/var/tmp") : configured;
 }
 
+// A user folder of the XDG base directories: the variable when it holds an
+// absolute path (relative ones are invalid and ignored), else its default
+// below the home folder.
+std::string xdgFolder(const char* variable, const char* defaultBelowHome)
+{
+    const std::string configured = environment(variable);
+    return configured.empty() || configured.front() != '/' ? homeFolder() + defaultBelowHome : configured;
+}
+
 std::string nativeSystemFolder(int sysFolder)
 {
     switch (sysFolder) {
@@ -130,10 +140,14 @@ std::string nativeSystemFolder(int sysFolder)
         const std::string temp = environment("TMPDIR");
         return temp.empty() ? std::string("/tmp") : temp;
     }
-    case CrossPlatformApi::SysLocalAppData: {
-        const std::string data = environment("XDG_DATA_HOME");
-        return data.empty() || data.front() != '/' ? homeFolder() + "/.local/share" : data;
-    }
+    case CrossPlatformApi::SysLocalAppData:
+        return xdgFolder("XDG_DATA_HOME", "/.local/share");
+    case CrossPlatformApi::SysLocalConfig:
+        return xdgFolder("XDG_CONFIG_HOME", "/.config");
+    case CrossPlatformApi::SysLocalState:
+        return xdgFolder("XDG_STATE_HOME", "/.local/state");
+    case CrossPlatformApi::SysLocalCache:
+        return xdgFolder("XDG_CACHE_HOME", "/.cache");
     case CrossPlatformApi::SysCommonAppData:
         return commonAppDataFolder();
     case CrossPlatformApi::SysMyDocuments: {
@@ -277,10 +291,81 @@ Replaceable<CrossPlatformApi::FileDialogHandler>& fileDialogHandler()
     return handler;
 }
 
+// LD_LIBRARY_PATH as this process inherited it, once the suite's folders
+// were added.
+struct InheritedLibraryPath
+{
+    bool changed = false;
+    bool wasSet = false;
+    QByteArray value;
+};
+
+InheritedLibraryPath& inheritedLibraryPath()
+{
+    static InheritedLibraryPath inherited;
+    return inherited;
+}
+
+QProcessEnvironment desktopEnvironment()
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    const InheritedLibraryPath& inherited = inheritedLibraryPath();
+    if (inherited.changed && inherited.wasSet)
+        environment.insert(QStringLiteral("LD_LIBRARY_PATH"), QString::fromLocal8Bit(inherited.value));
+    else if (inherited.changed)
+        environment.remove(QStringLiteral("LD_LIBRARY_PATH"));
+    return environment;
+}
+
+// xdg-open returns as soon as the desktop has taken the document over. Where
+// no desktop is recognised it runs the viewer itself and only returns when
+// that ends: still running after this long, it counts as showing the document.
+constexpr int openerVerdictMs = 3000;
+
+// A process that runs on after its caller is done with it: deleted when it
+// ends, or by the application as it quits (which ends the process, but not
+// the programs it started).
+void keepUntilFinished(QProcess* process)
+{
+    QCoreApplication* application = QCoreApplication::instance();
+    QObject::connect(process, &QProcess::finished, process, &QObject::deleteLater);
+    if (!application)
+        return;
+    if (process->thread() == application->thread()) {
+        process->setParent(application);
+        return;
+    }
+    process->moveToThread(application->thread());
+    QMetaObject::invokeMethod(application, [process, application] { process->setParent(application); },
+                              Qt::QueuedConnection);
+}
+
+bool openWithDesktop(const QUrl& url)
+{
+    auto* opener = new QProcess;
+    opener->setProcessEnvironment(desktopEnvironment());
+    // Its complaints ("no method available") go to our error output; what a
+    // viewer it runs prints is of no interest.
+    opener->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    opener->setStandardOutputFile(QProcess::nullDevice());
+    opener->start(QStringLiteral("xdg-open"),
+                  {url.isLocalFile() ? url.toLocalFile() : url.toString(QUrl::FullyEncoded)});
+    if (!opener->waitForStarted()) {
+        delete opener;
+        return false;
+    }
+    if (!ProcessWait::finished(*opener, openerVerdictMs)) {
+        keepUntilFinished(opener);
+        return true;
+    }
+    const bool opened = opener->exitStatus() == QProcess::NormalExit && opener->exitCode() == 0;
+    delete opener;
+    return opened;
+}
+
 Replaceable<CrossPlatformApi::UrlOpener>& urlOpener()
 {
-    static Replaceable<CrossPlatformApi::UrlOpener> opener(
-        [](const QUrl& url) { return QDesktopServices::openUrl(url); });
+    static Replaceable<CrossPlatformApi::UrlOpener> opener(openWithDesktop);
     return opener;
 }
 
@@ -300,7 +385,7 @@ QString bundleExecutable(const QString& program)
     const QFileInfo info(program);
     if (!info.isDir() || !program.endsWith(QLatin1String(".app")))
         return program;
-    std::string name = BundleInfo::forPath(program.toLatin1().toStdString()).value("CFBundleExecutable");
+    std::string name = BundleInfo::at(program.toLatin1().toStdString()).value("CFBundleExecutable");
     const QString executable = name.empty() ? info.completeBaseName() : QString::fromLatin1(name.c_str());
     return info.absoluteFilePath() + QStringLiteral("/Contents/MacOS/") + executable;
 }
@@ -443,9 +528,10 @@ bool CrossPlatformApi::localtime_s(struct tm& result, const long& time)
 
 void CrossPlatformApi::outputDebugString(const std::string& text)
 {
-    std::fputs(text.c_str(), stderr);
-    if (text.empty() || text.back() != '\n')
-        std::fputc('\n', stderr);
+    std::string line = text;
+    if (!line.empty() && line.back() == '\n')
+        line.pop_back();
+    qCDebug(lcPlatform, "%s", line.c_str());
 }
 
 std::string CrossPlatformApi::getSystemFolder(int sysFolder)
@@ -525,6 +611,19 @@ bool CrossPlatformApi::exec(const std::string& program, const std::string& param
     if (!info.isFile() || !info.isExecutable())
         return false;
     return startDetached(info.absoluteFilePath(), QProcess::splitCommand(toQString(params)));
+}
+
+void CrossPlatformApi::appendChildLibraryPath(const QString& folders)
+{
+    InheritedLibraryPath& inherited = inheritedLibraryPath();
+    const QByteArray current = qgetenv("LD_LIBRARY_PATH");
+    if (!inherited.changed) {
+        inherited.changed = true;
+        inherited.wasSet = qEnvironmentVariableIsSet("LD_LIBRARY_PATH");
+        inherited.value = current;
+    }
+    const QByteArray added = folders.toLocal8Bit();
+    qputenv("LD_LIBRARY_PATH", current.isEmpty() ? added : current + ':' + added);
 }
 
 CrossPlatformApi::UrlOpener CrossPlatformApi::setUrlOpener(UrlOpener opener)

@@ -91,7 +91,10 @@ public:
         SysLocalAppData,    // $XDG_DATA_HOME
         SysCommonAppData,   // the folder shared by all users
         SysMyDocuments,     // the documents folder
-        SysProfile          // the home folder
+        SysProfile,         // the home folder
+        SysLocalConfig,     // $XDG_CONFIG_HOME
+        SysLocalState,      // $XDG_STATE_HOME
+        SysLocalCache       // $XDG_CACHE_HOME
     };
     // The folder without a trailing "/".
     static std::string getSystemFolder(int sysFolder);
@@ -134,8 +137,13 @@ public:
     static FileDialogHandler setFileDialogHandler(FileDialogHandler handler);
 
     // --- Opening documents and starting programs -----------------------------
-    // Opens a web address or a file:// URL with the desktop's handler
-    // (xdg-open). The text form takes a Latin-1 address.
+    // Opens a web address or a file:// URL with the desktop's handler: runs
+    // xdg-open and waits a few seconds for its verdict. True when it handed
+    // the document over (exit status 0), or still runs after the wait, since
+    // then it shows the document itself. False when it cannot be started or
+    // fails (no program for the document, no browser). The window keeps being
+    // painted meanwhile, user input is held back. The text form takes a
+    // Latin-1 address.
     static bool openUrl(const QUrl& url);
     static bool openUrl(const std::string& url);
     // Opens a document (Latin-1 path) with the application the desktop
@@ -147,6 +155,13 @@ public:
     // (quotes group). flags is reserved (0). False when the program does not
     // exist or cannot be started.
     static bool exec(const std::string& program, const std::string& params, int flags);
+
+    // Programs of the suite started later find their libraries in folders
+    // (a colon-separated list): they are appended to this process's
+    // LD_LIBRARY_PATH, which every child inherits. The desktop's handler of
+    // documents gets the value this process inherited instead, so that the
+    // programs it starts never load the suite's libraries.
+    static void appendChildLibraryPath(const QString& folders);
 
     // Tests replace how URLs are opened and how detached programs are
     // started; an empty handler restores the real one. Each returns the

@@ -5,10 +5,12 @@ set -euo pipefail
 
 packages=(
     build-essential cmake ninja-build pkg-config
-    qt6-base-dev qt6-base-dev-tools qt6-scxml-dev qt6-multimedia-dev qt6-qpa-plugins
+    qt6-base-dev qt6-base-dev-tools qt6-scxml-dev qt6-multimedia-dev
     qt6-translations-l10n libgl-dev libbz2-dev
     xvfb xauth x11-utils fonts-dejavu-core
     dpkg-dev file   # the Debian package: dpkg-shlibdeps
+    lintian desktop-file-utils appstream   # the checks of the package and its desktop files
+    xdg-utils libglib2.0-bin   # the case-file types checked as the desktop sees them
 )
 
 missing=()

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <climits>
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -253,14 +252,10 @@ bool FilePath::isDirectory() const
     const std::string path = withoutTrailingSlashes(m_path);
     if (path.find('*') != std::string::npos)
         return false;
-    // Non-blocking, so that a named pipe at the path cannot stall the open.
-    const int fd = ::open(native(path).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (fd < 0)
-        return false;
+    // A look at the entry, not an open: the file is not touched, and a named
+    // pipe at the path cannot stall the question.
     struct stat info;
-    const bool folder = ::fstat(fd, &info) == 0 && S_ISDIR(info.st_mode);
-    ::close(fd);
-    return folder;
+    return ::stat(native(path).c_str(), &info) == 0 && S_ISDIR(info.st_mode);
 }
 
 bool FilePath::makeDir() const
@@ -270,7 +265,8 @@ bool FilePath::makeDir() const
         return true;
     if (!getParentPath().makeDir())
         return false;
-    return ::mkdir(native(folder).c_str(), 0777) == 0;
+    // The launcher's folders hold settings and tax data: private to the user.
+    return ::mkdir(native(folder).c_str(), 0700) == 0;
 }
 
 bool FilePath::makeRelativeTo(const FilePath& base)

@@ -38,6 +38,9 @@ FolderManager::FolderManager()
         {"SYS_COMMON_APPDATA", CrossPlatformApi::SysCommonAppData},
         {"SYS_MYDOCUMENTS", CrossPlatformApi::SysMyDocuments},
         {"SYS_PROFILE", CrossPlatformApi::SysProfile},
+        {"SYS_LOCAL_CONFIG", CrossPlatformApi::SysLocalConfig},
+        {"SYS_LOCAL_STATE", CrossPlatformApi::SysLocalState},
+        {"SYS_LOCAL_CACHE", CrossPlatformApi::SysLocalCache},
     };
     for (const auto& symbol : systemSymbols)
         setSymbol(symbol.name, CrossPlatformApi::getSystemFolder(symbol.folder));

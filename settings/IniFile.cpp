@@ -3,9 +3,12 @@
 #include "CrossPlatformApi.h"
 #include "Exceptions.h"
 #include "File.h"
+#include "IniParseCache.h"
 #include "NvAssert.h"
+#include "RegularFile.h"
 #include "StringFunctions.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <climits>
@@ -26,6 +29,10 @@ namespace {
 // Lines are read into a buffer of this size: a line of this length or more
 // ends the parse, and the rest of the file is not read.
 constexpr std::size_t LineBufferSize = 4096;
+constexpr std::size_t ReadChunkSize = 64 * 1024;
+// A file of nothing but blank lines has no long line to stop at: no real
+// INI file comes near this size, and reading stops here.
+constexpr std::size_t MaxReadBytes = 64 * 1024 * 1024;
 
 std::string orEmpty(const char* text)
 {
@@ -46,24 +53,6 @@ std::string_view stripSpaces(std::string_view text)
     return text.substr(first, text.find_last_not_of(' ') - first + 1);
 }
 
-std::string readAll(int fd, off_t sizeHint)
-{
-    std::string data(sizeHint > 0 ? std::size_t(sizeHint) + 1 : 4096, '\0');
-    std::size_t filled = 0;
-    for (;;) {
-        if (filled == data.size())
-            data.resize(data.size() * 2);
-        const ssize_t n = ::read(fd, data.data() + filled, data.size() - filled);
-        if (n < 0 && errno == EINTR)
-            continue;
-        if (n <= 0)
-            break;
-        filled += std::size_t(n);
-    }
-    data.resize(filled);
-    return data;
-}
-
 bool writeAll(int fd, const std::string& content)
 {
     const char* data = content.data();
@@ -80,14 +69,27 @@ bool writeAll(int fd, const std::string& content)
     return true;
 }
 
-// A settings file reached through a symbolic link is replaced where it lies.
+// The file a write replaces: the name itself, or, where the name is a
+// symbolic link, the link's target, but only when the link and the target
+// both belong to this user. Empty when the write must not go ahead: a link
+// of someone else's, a target of someone else's, a dangling link, or a name
+// that is no regular file (a FIFO, a device, a folder).
 std::string writeTarget(const std::string& nativePath)
 {
+    const uid_t user = ::geteuid();
     struct stat info;
-    if (::lstat(nativePath.c_str(), &info) != 0 || !S_ISLNK(info.st_mode))
-        return nativePath;
+    if (::lstat(nativePath.c_str(), &info) != 0)
+        return errno == ENOENT ? nativePath : std::string();
+    if (!S_ISLNK(info.st_mode))
+        return S_ISREG(info.st_mode) && info.st_uid == user ? nativePath : std::string();
+    if (info.st_uid != user)
+        return {};
     char resolved[PATH_MAX];
-    return ::realpath(nativePath.c_str(), resolved) ? std::string(resolved) : nativePath;
+    if (!::realpath(nativePath.c_str(), resolved))
+        return {};
+    if (::lstat(resolved, &info) != 0 || !S_ISREG(info.st_mode) || info.st_uid != user)
+        return {};
+    return resolved;
 }
 
 // The temporary file of a write: "<target>.<pid>.<n>.tmp".
@@ -117,7 +119,9 @@ void removeStaleTemporaries(const std::string& target)
             continue;
         // Exactly the name a write of that process would have used.
         const std::string path = slash == std::string::npos ? name : folder + name;
-        if (path == temporaryPath(target, pid_t(pid), number) && ::kill(pid_t(pid), 0) == -1 && errno == ESRCH)
+        struct stat info;
+        if (path == temporaryPath(target, pid_t(pid), number) && ::kill(pid_t(pid), 0) == -1 && errno == ESRCH
+            && ::lstat(path.c_str(), &info) == 0 && info.st_uid == ::geteuid())
             ::unlink(path.c_str());
     }
     ::closedir(directory);
@@ -125,21 +129,22 @@ void removeStaleTemporaries(const std::string& target)
 
 // Writes the content to a new file beside the target and renames it over the
 // target, so that a failed write (full disk, unwritable folder) leaves the old
-// file as it was instead of truncated. The target keeps its permissions.
+// file as it was instead of truncated. The target keeps its permissions; a
+// new file is private to the user, as settings may name the user's cases.
 bool replaceFileContent(const std::string& path, const std::string& content)
 {
     const std::string target = writeTarget(CrossPlatformApi::fileSystemEncoding(path));
     if (target.empty())
         return false;
     struct stat info;
-    const bool existed = ::stat(target.c_str(), &info) == 0;
+    const bool existed = ::lstat(target.c_str(), &info) == 0;
 
     static std::atomic<unsigned> counter{0};
     std::string tempPath;
     int fd = -1;
     for (int attempt = 0; attempt < 100 && fd < 0; ++attempt) {
         tempPath = temporaryPath(target, ::getpid(), counter++);
-        fd = ::open(tempPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        fd = ::open(tempPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600);
         if (fd < 0 && errno != EEXIST)
             return false;
     }
@@ -173,6 +178,8 @@ struct cIniFile::ParseState
 {
     std::string section;
     KeyMap* keys = nullptr;
+    // Where the key lines go as read, for other readers of the same file.
+    IniParseCache::KeyLines* keyLines = nullptr;
 };
 
 cIniFile::cIniFile() = default;
@@ -285,7 +292,8 @@ bool cIniFile::WriteString(const char* section, const char* key, const char* val
     else
         SectionKeys(orEmpty(section)).clear();
     m_modified = true;
-    Flush();
+    if (m_writeHolds == 0)
+        Flush();
     return true;
 }
 
@@ -337,6 +345,17 @@ void cIniFile::Flush()
     m_modified = false;
 }
 
+void cIniFile::HoldWrites()
+{
+    ++m_writeHolds;
+}
+
+void cIniFile::ReleaseWrites()
+{
+    if (m_writeHolds > 0 && --m_writeHolds == 0)
+        Flush();
+}
+
 void cIniFile::SaveAs(const std::string& path)
 {
     m_path = path;
@@ -346,47 +365,110 @@ void cIniFile::SaveAs(const std::string& path)
 
 void cIniFile::ParseIni()
 {
-    const int fd = ::open(CrossPlatformApi::fileSystemEncoding(m_path).c_str(),
-                          O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    const std::string nativePath = CrossPlatformApi::fileSystemEncoding(m_path);
+    IniParseCache& cache = IniParseCache::instance();
+    struct stat info;
+    if (::stat(nativePath.c_str(), &info) == 0) {
+        if (const auto lines = cache.lookup(info, m_semicolonIsText)) {
+            StoreKeyLines(*lines);
+            m_timestamp = static_cast<std::int32_t>(info.st_mtime);
+            return;
+        }
+    }
+    const int fd = RegularFile::openForReading(nativePath);
     if (fd < 0)
         return;
-    struct stat info;
     if (::fstat(fd, &info) == 0) {
-        ParseText(readAll(fd, info.st_size));
+        IniParseCache::KeyLines lines;
+        const bool keep = IniParseCache::worthKeeping(info);
+        ParseStream(fd, keep ? &lines : nullptr);
         m_timestamp = static_cast<std::int32_t>(info.st_mtime);
+        if (keep)
+            cache.store(info, m_semicolonIsText, std::move(lines));
     }
     ::close(fd);
 }
 
-// The whole file is read at once and scanned here line by line: white space
-// before a line is skipped, a line ends at a line feed, and a line that does
-// not fit the line buffer ends the parse.
-void cIniFile::ParseText(std::string_view text)
+void cIniFile::StoreKeyLines(const IniParseCache::KeyLines& lines)
+{
+    const std::string* section = nullptr;
+    KeyMap* keys = nullptr;
+    for (const IniParseCache::KeyLine& line : lines) {
+        if (!section || *section != line.section) {
+            section = &line.section;
+            keys = &SectionKeys(line.section);
+        }
+        StoreKey(*keys, line.key, line.value);
+    }
+}
+
+// The file is read in chunks and scanned line by line: white space before a
+// line is skipped, a line ends at a line feed, and a line that does not fit
+// the line buffer ends the parse without anything after it being read. So
+// memory stays at one chunk whatever the file's size.
+void cIniFile::ParseStream(int fd, IniParseCache::KeyLines* keyLines)
 {
     ParseState state;
-    const bool hasZeroBytes = text.find('\0') != std::string_view::npos;
-    std::size_t pos = 0;
-    for (;;) {
-        while (pos < text.size() && isWhiteSpace(text[pos]))
-            ++pos;
-        if (pos >= text.size())
-            break;
-        const std::size_t lineFeed = text.find('\n', pos);
-        const std::size_t length = (lineFeed == std::string_view::npos ? text.size() : lineFeed) - pos;
-        if (length >= LineBufferSize)
-            break;
-        std::string_view line = text.substr(pos, length);
-        pos += length + 1;
+    state.keyLines = keyLines;
+    // On the stack: a heap block of this size would make the allocator tidy
+    // up all small blocks freed so far, on every parse.
+    char data[ReadChunkSize];
+    std::size_t begin = 0;
+    std::size_t end = 0;
+    std::size_t totalRead = 0;
+    bool atEnd = false;
+    bool mayHoldZeroBytes = false;
 
-        // The line buffer is a C string: a zero byte ends its text.
-        if (hasZeroBytes)
-            line = line.substr(0, line.find('\0'));
-        line = RemoveCommentAndTrailingWhiteSpaces(line);
-        if (line.empty())
+    // Moves the unfinished line to the front and reads behind it.
+    const auto readMore = [&] {
+        std::memmove(data, data + begin, end - begin);
+        end -= begin;
+        begin = 0;
+        const std::size_t wanted = std::min(ReadChunkSize - end, MaxReadBytes - totalRead);
+        const long n = wanted > 0 ? RegularFile::readFully(fd, data + end, wanted) : 0;
+        if (n <= 0 || std::size_t(n) < wanted)
+            atEnd = true;
+        if (n > 0) {
+            mayHoldZeroBytes = mayHoldZeroBytes || std::memchr(data + end, '\0', std::size_t(n));
+            end += std::size_t(n);
+            totalRead += std::size_t(n);
+        }
+    };
+
+    for (;;) {
+        while (begin < end && isWhiteSpace(data[begin]))
+            ++begin;
+        if (begin == end) {
+            if (atEnd)
+                return;
+            readMore();
             continue;
-        if (!ParseSection(line, state))
-            ParseKey(line, state);
+        }
+        const auto* lineFeed = static_cast<const char*>(std::memchr(data + begin, '\n', end - begin));
+        if (!lineFeed && !atEnd) {
+            if (end - begin >= LineBufferSize)
+                return;
+            readMore();
+            continue;
+        }
+        const std::size_t length = (lineFeed ? std::size_t(lineFeed - data) : end) - begin;
+        if (length >= LineBufferSize)
+            return;
+        ParseLine(std::string_view(data + begin, length), state, mayHoldZeroBytes);
+        begin = std::min(end, begin + length + 1);
     }
+}
+
+void cIniFile::ParseLine(std::string_view line, ParseState& state, bool mayHoldZeroBytes)
+{
+    // The line buffer is a C string: a zero byte ends its text.
+    if (mayHoldZeroBytes)
+        line = line.substr(0, line.find('\0'));
+    line = RemoveCommentAndTrailingWhiteSpaces(line);
+    if (line.empty())
+        return;
+    if (!ParseSection(line, state))
+        ParseKey(line, state);
 }
 
 std::string_view cIniFile::RemoveCommentAndTrailingWhiteSpaces(std::string_view line) const
@@ -416,7 +498,11 @@ void cIniFile::ParseKey(std::string_view line, ParseState& state)
         return;
     if (!state.keys)
         state.keys = &SectionKeys(state.section);
-    StoreKey(*state.keys, line.substr(0, equals), line.substr(equals + 1));
+    const std::string_view key = line.substr(0, equals);
+    const std::string_view value = line.substr(equals + 1);
+    StoreKey(*state.keys, key, value);
+    if (state.keyLines)
+        state.keyLines->push_back({state.section, std::string(key), std::string(value)});
 }
 
 void cIniFile::AddToMap(const std::string& section, std::string_view key, std::string_view value)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "IniParseCache.h"
+
 #include <cstdint>
 #include <map>
 #include <string>
@@ -46,8 +48,8 @@ public:
     int GetInt(const char* section, const char* key, int defaultValue);
     unsigned int GetUnsignedInt(const char* section, const char* key, unsigned int defaultValue);
 
-    // Each write goes to disk at once. A null key empties the section but
-    // keeps it. Always returns true.
+    // Each write goes to disk at once, unless writes are held. A null key
+    // empties the section but keeps it. Always returns true.
     bool WriteString(const char* section, const char* key, const char* value);
     bool WriteInt(const char* section, const char* key, int value);
 
@@ -61,6 +63,11 @@ public:
     const std::string* FindKey(const std::string& section, const std::string& key) const;
 
     void Flush();
+    // Between these two, writes only change the contents in memory; the end
+    // of the outermost pair writes the file once. For callers that write
+    // many keys at once.
+    void HoldWrites();
+    void ReleaseWrites();
     // Writes everything to path, which becomes the file's path; nothing is re-read.
     void SaveAs(const std::string& path);
 
@@ -68,7 +75,9 @@ private:
     struct ParseState;
 
     void ParseIni();
-    void ParseText(std::string_view text);
+    void ParseStream(int descriptor, IniParseCache::KeyLines* keyLines);
+    void StoreKeyLines(const IniParseCache::KeyLines& lines);
+    void ParseLine(std::string_view line, ParseState& state, bool mayHoldZeroBytes);
     std::string_view RemoveCommentAndTrailingWhiteSpaces(std::string_view line) const;
     static bool ParseSection(std::string_view line, ParseState& state);
     void ParseKey(std::string_view line, ParseState& state);
@@ -82,6 +91,7 @@ private:
     SectionMap m_sections;
     std::int32_t m_timestamp = 0;
     bool m_modified = false;
+    int m_writeHolds = 0;
     bool m_caseSensitive = false;
     bool m_semicolonIsText = false;
 };

@@ -7,6 +7,7 @@
 #include "FilePath.h"
 #include "FolderManager.h"
 #include "NvAssert.h"
+#include "PrivateFolder.h"
 #include "StreamTokenizer.h"
 #include "StringFunctions.h"
 #include "UserMessage.h"
@@ -25,6 +26,9 @@ const char* const cszIllegalModus = "Programmmodus <%s> unbekannt.";
 const char* const cszErrorMessage =
     "Der Konfigurationspfad <%s> konnte nicht gefunden werden.\n"
     "Die eigenen Einstellungen werden gespeichert im Verzeichnis <%s>.";
+const char* const cszSessionOnlyMessage =
+    "Der Konfigurationspfad <%s> konnte nicht gefunden werden.\n"
+    "Die eigenen Einstellungen werden nur f\xFCr diese Sitzung behalten und nicht gespeichert.";
 
 namespace {
 const char* const cszSettingsSec = "Settings";
@@ -140,8 +144,23 @@ int cNvWinIni::GetInt(const char* section, const char* key, int defaultValue)
     return StringFunctions::stringToInt(GetString(section, key, defaultText.c_str()));
 }
 
+cNvWinIni::BulkWrite::BulkWrite(cNvWinIni& settings)
+    : m_settings(settings)
+{
+    m_settings.m_userModusIni.HoldWrites();
+    m_settings.m_userGlobalIni.HoldWrites();
+}
+
+cNvWinIni::BulkWrite::~BulkWrite()
+{
+    m_settings.m_userModusIni.ReleaseWrites();
+    m_settings.m_userGlobalIni.ReleaseWrites();
+}
+
 bool cNvWinIni::WriteString(const char* section, const char* key, const char* value)
 {
+    if (!userFolderUsable())
+        return false;
     cIniFile* target = &m_userModusIni;
     if (!m_modusIni.Contains(section, key) && m_globalIni.Contains(section, key))
         target = &m_userGlobalIni;
@@ -262,6 +281,7 @@ bool cNvWinIni::applyIniSettings(const std::string& path)
         return false;
 
     clearCache();
+    const BulkWrite oneWritePerFile(*this);
     for (const std::string& section : CrossPlatformApi::getIniSections(path)) {
         for (const std::string& entry : CrossPlatformApi::getIniSectionEntries(section, path)) {
             std::string key;
@@ -287,9 +307,12 @@ bool cNvWinIni::removeUserModusIniFiles()
         const std::string mode = StringFunctions::strip(tokens.Token());
         if (mode.empty())
             continue;
-        CrossPlatformApi::deleteFile(m_userSettingsPath + userFileName(modusIniName(mode)));
+        const std::string path = userFilePath(userFileName(modusIniName(mode)));
+        if (!path.empty())
+            CrossPlatformApi::deleteFile(path);
     }
-    CrossPlatformApi::deleteFile(m_userGlobalIni.GetPath());
+    if (!m_userGlobalIni.GetPath().empty())
+        CrossPlatformApi::deleteFile(m_userGlobalIni.GetPath());
 
     // Reopen the user files so that reads no longer see the deleted values.
     m_userGlobalIni.SetPath(m_userGlobalIni.GetPath());
@@ -303,13 +326,14 @@ void cNvWinIni::buildUserDir()
     DMFileName fileName;
     fileName.setFullPath(m_globalIni.GetString(cszSettingsSec, cszUserSettingsKey, ""));
     fileName.makeAbsPath(true);
-    m_userSettingsPath = parseAndGenerateDirectory(fileName.compose()).getPath();
+    m_userSettingsPath = parseAndGenerateDirectory(fileName.compose(), m_userSettingsOrigin).getPath();
 }
 
 void cNvWinIni::buildHomeDataDir()
 {
     const std::string configured = m_globalIni.GetString(cszSettingsSec, cszHomeDataDirKey, "");
-    const FilePath folder = parseAndGenerateDirectory(DMFileName(configured).compose());
+    FolderOrigin origin = FolderOrigin::Configured;
+    const FilePath folder = parseAndGenerateDirectory(DMFileName(configured).compose(), origin);
     // The symbol keeps the configured text, not the folder made from it, so
     // that paths stored with "<HomeDataDir>" follow the configuration.
     FolderManager::theInstance()->setSymbol(cszHomeDataDirKey, configured);
@@ -318,7 +342,24 @@ void cNvWinIni::buildHomeDataDir()
 
 void cNvWinIni::buildUserGlobalIni()
 {
-    m_userGlobalIni.SetPath(m_userSettingsPath + userFileName(m_globalIniName));
+    m_userGlobalIni.SetPath(userFilePath(userFileName(m_globalIniName)));
+}
+
+std::string cNvWinIni::userFilePath(const std::string& name) const
+{
+    // Without a folder of its own the user's files have no path: their
+    // values live in memory for this session only.
+    if (m_userSettingsOrigin == FolderOrigin::None || !userFolderUsable())
+        return {};
+    FilePath path(name);
+    path.makeRelativeTo(FilePath(m_userSettingsPath));
+    return path.asString();
+}
+
+bool cNvWinIni::userFolderUsable() const
+{
+    return m_userSettingsOrigin != FolderOrigin::PrivateFallback
+           || PrivateFolder::isPrivate(CrossPlatformApi::fileSystemEncoding(m_userSettingsPath));
 }
 
 void cNvWinIni::buildModusInis()
@@ -327,11 +368,10 @@ void cNvWinIni::buildModusInis()
         return;
 
     FilePath modusIni(modusIniName(m_modus));
-    FilePath userModusIni(userFileName(modusIni.asString()));
+    const std::string userModusIni = userFilePath(userFileName(modusIni.asString()));
     modusIni.makeRelativeTo(FilePath(appDir()));
-    userModusIni.makeRelativeTo(FilePath(m_userSettingsPath));
     m_modusIni.SetPath(modusIni.asString());
-    m_userModusIni.SetPath(userModusIni.asString());
+    m_userModusIni.SetPath(userModusIni);
 
     if (defaultSettingsEnabled()) {
         setDefaultSettings();
@@ -349,7 +389,7 @@ std::string cNvWinIni::modusIniName(const std::string& mode)
     return name;
 }
 
-FilePath cNvWinIni::parseAndGenerateDirectory(const std::string& dir) const
+FilePath cNvWinIni::parseAndGenerateDirectory(const std::string& dir, FolderOrigin& origin) const
 {
     std::string text = dir;
     for (int expansions = 0;
@@ -364,14 +404,26 @@ FilePath cNvWinIni::parseAndGenerateDirectory(const std::string& dir) const
     FilePath folder = folderPath(text);
     if (!folder.isAbsolute())
         folder.makeRelativeTo(FilePath(appDir()));
+    origin = FolderOrigin::Configured;
     if (folder.isDirectory() || folder.makeDir())
         return folder;
 
-    const FilePath fallback = folderPath(cApplicationInfo::theInstance()->getTempDir());
+    // Never the shared temporary folder: another user could plant settings
+    // there or a link that a write would follow.
+    const std::string fallback = PrivateFolder::settingsFallback();
+    if (fallback.empty()) {
+        origin = FolderOrigin::None;
+        cStringMessage message(cszSessionOnlyMessage);
+        message << folder.asString();
+        CrossPlatformApi::messageBox(message.GetMessage(), cszErrorTitle, 0);
+        return folder;
+    }
+    origin = FolderOrigin::PrivateFallback;
+    const FilePath privateFolder = folderPath(CrossPlatformApi::fromFileSystemEncoding(fallback));
     cStringMessage message(cszErrorMessage);
-    message << folder.asString() << fallback.asString();
+    message << folder.asString() << privateFolder.asString();
     CrossPlatformApi::messageBox(message.GetMessage(), cszErrorTitle, 0);
-    return fallback;
+    return privateFolder;
 }
 
 std::string cNvWinIni::getCacheKey(const char* section, const char* key) const

@@ -19,6 +19,8 @@ extern const char* const cszDefaultSettingsSec; // "Settings"
 extern const char* const cszDefaultSettingsKey; // "SetDefaultSettings"
 extern const char* const cszIllegalModus;
 extern const char* const cszErrorMessage;
+// Shown instead when not even a private folder can be had for the settings.
+extern const char* const cszSessionOnlyMessage;
 
 // The program settings, stacked from four INI files: the user's copy of the
 // current mode's file, the mode's file, the user's copy of the main
@@ -42,6 +44,21 @@ public:
     // Throws xNvFatalExc for a mode without a mode file.
     std::string setModus(const std::string& mode);
     std::string getModus() const;
+
+    // For as long as it lives, writes to the user files stay in memory; at
+    // its end each changed file is written once. The result on disk is that
+    // of the same writes made one by one.
+    class BulkWrite
+    {
+    public:
+        explicit BulkWrite(cNvWinIni& settings);
+        ~BulkWrite();
+        BulkWrite(const BulkWrite&) = delete;
+        BulkWrite& operator=(const BulkWrite&) = delete;
+
+    private:
+        cNvWinIni& m_settings;
+    };
 
     std::string GetString(const char* section, const char* key, const char* defaultValue);
     int GetInt(const char* section, const char* key, int defaultValue);
@@ -73,7 +90,8 @@ public:
     // Applies "default.ini" of the application folder and switches the
     // request off, so that the defaults are applied once.
     bool setDefaultSettings();
-    // Writes every entry of an INI file through WriteString.
+    // Writes every entry of an INI file through WriteString, each user file
+    // once at the end.
     bool applyIniSettings(const std::string& path);
 
     // Deletes the user's copies of all mode files and of the main
@@ -88,7 +106,15 @@ private:
     void buildHomeDataDir();
     void buildUserGlobalIni();
     void buildModusInis();
-    FilePath parseAndGenerateDirectory(const std::string& dir) const;
+    // Where a configured folder came from: as configured, the user's private
+    // fallback folder, or nowhere (the configured folder cannot be made and
+    // no private folder can be had either).
+    enum class FolderOrigin { Configured, PrivateFallback, None };
+    FilePath parseAndGenerateDirectory(const std::string& dir, FolderOrigin& origin) const;
+    // The path of one of the user's files; empty while they have no folder.
+    std::string userFilePath(const std::string& name) const;
+    // False once the private fallback folder is no longer private.
+    bool userFolderUsable() const;
     std::string getCacheKey(const char* section, const char* key) const;
     std::string getStringFromIni(const char* section, const char* key, const char* defaultValue);
     std::string modusIniName(const std::string& mode);
@@ -104,5 +130,6 @@ private:
     std::string m_globalIniName;
     std::string m_modus;
     std::string m_userSettingsPath;
+    FolderOrigin m_userSettingsOrigin = FolderOrigin::Configured;
     std::string m_homeDataPath;
 };

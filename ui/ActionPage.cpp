@@ -4,6 +4,7 @@
 #include "CrossPlatformApi.h"
 #include "DMFileName.h"
 #include "ElidedLabel.h"
+#include "FocusChain.h"
 #include "IniFile.h"
 #include "NvWinIni.h"
 #include "PixmapManager.h"
@@ -14,9 +15,11 @@
 #include <QFileInfo>
 #include <QFrame>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLinearGradient>
 #include <QPushButton>
+#include <QTextDocumentFragment>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -191,6 +194,8 @@ void ActionPage::buildFileView()
     m_changeFolderButton->setText(QStringLiteral("..."));
     m_changeFolderButton->setToolTip(QStringLiteral("Anderes Verzeichnis wählen"));
     m_changeFolderButton->setFixedSize(18, 16);
+    m_changeFolderButton->setAccessibleName(QStringLiteral("Verzeichnis wählen"));
+    m_changeFolderButton->setAccessibleDescription(m_changeFolderButton->toolTip());
 
     m_homeButton = new QToolButton(this);
     m_homeButton->setObjectName(QStringLiteral("homeButton"));
@@ -199,9 +204,12 @@ void ActionPage::buildFileView()
     m_homeButton->setFixedSize(22, 18);
     m_homeButton->setAutoRaise(true);
     m_homeButton->setToolTip(QStringLiteral("Ins eigene Steuerfall-Verzeichnis wechseln"));
+    m_homeButton->setAccessibleName(QStringLiteral("Standardverzeichnis"));
+    m_homeButton->setAccessibleDescription(m_homeButton->toolTip());
 
     m_fileView = new SCListView(this);
     m_fileView->setObjectName(QStringLiteral("fileView"));
+    m_fileView->setAccessibleName(QStringLiteral("Steuerfälle"));
 
     m_emptyFolderLabel = new QLabel(this);
     m_emptyFolderLabel->setObjectName(QStringLiteral("emptyFolderLabel"));
@@ -249,6 +257,10 @@ void ActionPage::buildFileView()
     connect(m_homeButton, &QToolButton::clicked, this, &ActionPage::gotoHomeDataDir);
     connect(m_fileView, &QTreeWidget::itemDoubleClicked, this, &ActionPage::openTreeItem);
     connect(m_fileView, &QTreeWidget::itemSelectionChanged, this, &ActionPage::updateOpenButton);
+    connect(m_fileView, &SCListView::listingFinished, this, [this] {
+        workDirChanged();
+        updateOpenButton();
+    });
     connect(m_openButton, &QPushButton::clicked, this, &ActionPage::openCurrentItem);
     connect(m_overviewButton, &QPushButton::clicked, this, &ActionPage::showOverview);
 }
@@ -256,10 +268,12 @@ void ActionPage::buildFileView()
 void ActionPage::setActionCaption(ModeAction action, const QString& caption)
 {
     m_captions[action] = caption;
-    if (action == ActionHeading)
+    if (action == ActionHeading) {
         m_heading->setText(caption);
-    else
+    } else {
         m_buttons[action]->setText(caption);
+        m_buttons[action]->setAccessibleName(caption.simplified());
+    }
 }
 
 void ActionPage::setActionComment(ModeAction action, const QString& comment)
@@ -349,6 +363,27 @@ void ActionPage::updateUI()
         connect(m_buttons[ActionConvert], &QToolButton::clicked, this, startConvert);
         m_buttons[ActionLast]->setEnabled(false);
     }
+    chainFocus(focusOrder());
+}
+
+QList<QWidget*> ActionPage::focusOrder() const
+{
+    QList<QWidget*> order{m_buttons[m_recommended]};
+    for (int i = 0; i < m_furtherActions->count(); ++i)
+        if (QWidget* button = m_furtherActions->itemAt(i)->widget())
+            order << button;
+    order << m_changeFolderButton << m_homeButton << m_fileView << m_openButton << m_overviewButton;
+    return order;
+}
+
+void ActionPage::keyPressEvent(QKeyEvent* event)
+{
+    const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (enter && m_fileView->hasFocus() && m_fileView->currentItem()) {
+        openTreeItem(m_fileView->currentItem(), 0);
+        return;
+    }
+    QWidget::keyPressEvent(event);
 }
 
 void ActionPage::recommend(ModeAction action, const QString& commentHtml)
@@ -361,6 +396,7 @@ void ActionPage::recommend(ModeAction action, const QString& commentHtml)
     button->setAutoRaise(false);
     updateButtonMinSize(button);
     m_comment->setText(commentHtml);
+    button->setAccessibleDescription(QTextDocumentFragment::fromHtml(commentHtml).toPlainText().simplified());
 
     m_recommendedLayout->addWidget(button, 0, Qt::AlignVCenter);
     m_recommendedLayout->addWidget(m_comment, 1);
@@ -379,6 +415,7 @@ void ActionPage::arrangeFurtherActions(std::initializer_list<ModeAction> actions
         setButtonFontSize(button, furtherFontSize);
         button->setIconSize(QSize(furtherIconSize, furtherIconSize));
         button->setAutoRaise(true);
+        button->setAccessibleDescription(QString());
         updateButtonMinSize(button);
         m_furtherActions->addWidget(button);
     }
@@ -396,17 +433,21 @@ void ActionPage::workDirChanged()
 {
     const QString folder = CaseFiles::displayedPath(m_folder);
     m_fileView->setToolTip(QStringLiteral("Verzeichnis:\n") + folder);
+    m_fileView->setAccessibleDescription(QStringLiteral("Verzeichnis: ") + folder);
     m_folderLabel->setText(QStringLiteral("Verzeichnis: ") + folder);
     m_folderLabel->setToolTip(folder);
 
-    const bool hasFiles = m_fileView->topLevelItemCount() > 0;
+    // While the folder is read the list stays in view; the overview waits
+    // for the whole listing.
+    const bool listed = m_fileView->topLevelItemCount() > 0;
+    const bool hasFiles = listed || m_fileView->isListing();
     m_emptyFolderLabel->setText(hasFiles ? QString()
                                          : QStringLiteral("Im Verzeichnis »") + folder
                                                + QStringLiteral("« konnten keine Dateien gefunden werden."));
     m_fileView->setVisible(hasFiles);
     m_emptyFolderLabel->setVisible(!hasFiles);
     m_openButton->setEnabled(hasFiles);
-    m_overviewButton->setEnabled(hasFiles);
+    m_overviewButton->setEnabled(listed && !m_fileView->isListing());
 }
 
 // A file name found at the last refresh may be gone by the time the user
@@ -427,7 +468,7 @@ void ActionPage::openOtherFile()
     request.parent = this;
     request.caption = QString(m_captions[ActionOther]).replace(QLatin1Char('\n'), QLatin1Char(' '));
     request.directory = lastWorkDir();
-    request.filter = CaseFiles::fileTypes().replace(QLatin1Char('|'), QLatin1String(";;"));
+    request.filter = CaseFiles::dialogFilter(CaseFiles::fileTypes());
     const QString path = CrossPlatformApi::showFileDialog(request);
     if (!path.isEmpty())
         emit startORVClicked(path);
@@ -449,22 +490,22 @@ void ActionPage::openCurrentItem()
         openLastFile();
 }
 
-// The rows and fileNames() list the same folder with the same filter and
-// order, so a row's index names its file. A row that no longer matches its
-// file, or whose file has gone since the rows were built, sends nothing: the
-// list is rebuilt instead.
+// A row whose file has gone since the rows were built sends nothing, nor
+// does a name the user chose not to convert: the list is read again instead.
 void ActionPage::openTreeItem(QTreeWidgetItem* item, int)
 {
-    const int row = m_fileView->indexOfTopLevelItem(item);
-    const QStringList names = m_fileView->fileNames();
-    const bool matches = row >= 0 && row < names.size()
-                         && QFileInfo(names.at(row)).completeBaseName() == item->text(0)
-                         && QFileInfo(m_folder + names.at(row)).isFile();
-    if (!matches) {
+    const CaseFolder::Entry* listed = m_fileView->entryOf(item);
+    if (!listed) {
         updateFileView();
         return;
     }
-    emit startORVClicked(m_folder + names.at(row));
+    // A copy: the list may go on filling while a box is open.
+    const CaseFolder::Entry entry = *listed;
+    const QString path = CaseFiles::openablePath(m_folder, entry, this);
+    if (path.isEmpty() || entry.latin1Name)
+        updateFileView();
+    if (!path.isEmpty())
+        emit startORVClicked(path);
 }
 
 void ActionPage::updateOpenButton()

@@ -12,6 +12,7 @@ class ElidedLabel;
 class QAbstractButton;
 class QFrame;
 class QHBoxLayout;
+class QKeyEvent;
 class QLabel;
 class QPushButton;
 class QToolButton;
@@ -68,6 +69,11 @@ public:
     // window calls it whenever it shows the page.
     virtual void updateUI();
 
+    // The page's controls in the order the eye meets them: the recommended
+    // action, the other actions left to right, the folder buttons, the list
+    // and its buttons. The tab order follows it after every refresh.
+    QList<QWidget*> focusOrder() const;
+
     // The working folder, ending in "/".
     QString lastWorkDir() const;
     // The most recently used case file, or empty when it no longer exists.
@@ -95,6 +101,9 @@ signals:
     void back();
 
 protected:
+    // Enter on a row of the list opens it, as a double click does.
+    void keyPressEvent(QKeyEvent* event) override;
+
     void initUI();
     QToolButton* buildActionButton(QWidget* parent, const QString& text, const QString& imageName,
                                    int size);

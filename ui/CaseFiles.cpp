@@ -3,6 +3,7 @@
 #include "ApplicationInfo.h"
 #include "ConfigText.h"
 #include "Configuration.h"
+#include "CrossPlatformApi.h"
 #include "DMFileName.h"
 #include "OverviewPage.h"
 #include "StringFunctions.h"
@@ -63,6 +64,20 @@ QStringList nameFilters()
     return parseNameFilters(fileTypes());
 }
 
+QString dialogFilter(const QString& fileTypes)
+{
+    const QStringList parts = fileTypes.split(QLatin1Char('|'));
+    QStringList entries;
+    for (qsizetype i = 0; i + 1 < parts.size(); i += 2) {
+        const QString patterns = parts.at(i + 1).split(QLatin1Char(';'), Qt::SkipEmptyParts).join(QLatin1Char(' '));
+        const QString description = parts.at(i).trimmed();
+        entries << (description.isEmpty() ? patterns : description + QLatin1String(" (") + patterns + QLatin1Char(')'));
+    }
+    if (parts.size() % 2 == 1 && !parts.constLast().isEmpty())
+        entries << parts.constLast();
+    return entries.join(QLatin1String(";;"));
+}
+
 QString workFolder()
 {
     QString home = configText("Settings", "HomeDataDir");
@@ -107,6 +122,40 @@ QString existingLastFile()
 QString displayedPath(const QString& path)
 {
     return QDir::toNativeSeparators(QDir::cleanPath(path));
+}
+
+QString openablePath(const QString& folder, const CaseFolder::Entry& entry, QWidget* parent)
+{
+    if (!entry.latin1Name) {
+        const QString path = folder + entry.name;
+        return QFileInfo(path).isFile() ? path : QString();
+    }
+
+    MessageBoxRequest question;
+    question.icon = QMessageBox::Question;
+    question.parent = parent;
+    question.title = QStringLiteral("Dateiname umwandeln");
+    question.text = QStringLiteral("Der Name der Datei »") + entry.name
+                    + QStringLiteral("« stammt von einem älteren System und kann so nicht geöffnet "
+                                     "werden.\n\nSoll die Datei in »")
+                    + entry.name + QStringLiteral("« umbenannt und dann geöffnet werden?");
+    question.buttons = QMessageBox::Yes | QMessageBox::No;
+    question.defaultButton = QMessageBox::Yes;
+    if (CrossPlatformApi::showMessageBox(question).button != QMessageBox::Yes)
+        return QString();
+
+    const QString path = CaseFolder::renameToLocalEncoding(folder, entry);
+    if (path.isEmpty()) {
+        MessageBoxRequest failure;
+        failure.icon = QMessageBox::Critical;
+        failure.parent = parent;
+        failure.title = question.title;
+        failure.text = QStringLiteral("Die Datei »") + entry.name
+                       + QStringLiteral("« konnte nicht umbenannt werden.\nEine Datei dieses Namens "
+                                        "gibt es bereits, oder das Verzeichnis ist schreibgeschützt.");
+        CrossPlatformApi::showMessageBox(failure);
+    }
+    return path;
 }
 
 void showOverview(const QString& folder, const QStringList& names, const QString& caption)

@@ -1,7 +1,11 @@
 #pragma once
 
+#include "CaseFolder.h"
+
 #include <QString>
 #include <QStringList>
+
+class QWidget;
 
 // The case files of the current program mode as the mode pages see them: the
 // working folder, the most recently used file and the file types of the mode.
@@ -18,6 +22,11 @@ QStringList parseNameFilters(const QString& fileTypes);
 // The mode's file-type string, "FileExtensions"/"Open" ("*.*" when unset).
 QString fileTypes();
 QStringList nameFilters();
+// The filter list of a file dialog for a file-type string:
+// "Steuerfälle|*.a;*.b|Alle|*.*" gives "Steuerfälle (*.a *.b);;Alle (*.*)".
+// A last part without its pattern is passed on as it is, so a bare pattern
+// such as the default "*.*" still filters.
+QString dialogFilter(const QString& fileTypes);
 
 // The working folder, ending in "/": "Files"/"LastWorkDir", by default the
 // home data folder ("Settings"/"HomeDataDir", or the application folder when
@@ -39,6 +48,12 @@ QString existingLastFile();
 
 // A path as the pages show it: native separators, no trailing separator.
 QString displayedPath(const QString& path);
+
+// The path under which the tax program can open a listed file of folder;
+// empty when there is nothing to open (the file has gone, or the user keeps
+// a name the tax program cannot open). A name that is not valid UTF-8 is
+// renamed to the same name in UTF-8 first, when the user agrees in a box.
+QString openablePath(const QString& folder, const CaseFolder::Entry& entry, QWidget* parent);
 
 // Writes the overview document of the case files names (in folder) and
 // opens it.

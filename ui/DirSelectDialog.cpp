@@ -1,5 +1,7 @@
 #include "DirSelectDialog.h"
 
+#include "CaseFolder.h"
+#include "LatestRequest.h"
 #include "SCColors.h"
 
 #include <QFileSystemModel>
@@ -35,6 +37,7 @@ DirSelectDialog::DirSelectDialog(QWidget* parent, Qt::WindowFlags flags)
     , m_tree(new QTreeView(this))
     , m_model(new QFileSystemModel(this))
     , m_countDir(QString(), QString(), QDir::Name | QDir::IgnoreCase, QDir::Files)
+    , m_counting(LatestRequest::create(this))
 {
     setModal(true);
     setWindowTitle(QStringLiteral("Verzeichnis auswählen"));
@@ -77,7 +80,10 @@ DirSelectDialog::DirSelectDialog(QWidget* parent, Qt::WindowFlags flags)
     connect(m_cancelButton, &QPushButton::clicked, this, &DirSelectDialog::reject);
 }
 
-DirSelectDialog::~DirSelectDialog() = default;
+DirSelectDialog::~DirSelectDialog()
+{
+    m_counting->detach();
+}
 
 void DirSelectDialog::setFileFilter(const QStringList& nameFilters)
 {
@@ -107,8 +113,14 @@ QString DirSelectDialog::directory() const
 
 void DirSelectDialog::loadValues()
 {
-    m_countDir.refresh();
-    m_infoLabel->setText(caseFileCountText(m_countDir.count()));
+    m_infoLabel->setText(QStringLiteral("Die Steuerfälle werden gezählt..."));
+    LatestRequest::start(m_counting, [this, folder = m_countDir.path(),
+                                      nameFilters = m_countDir.nameFilters()](LatestRequest& counting,
+                                                                              quint64 request) {
+        const int files =
+            CaseFolder::count(folder, nameFilters, [&] { return !counting.isCurrent(request); });
+        counting.post(request, [this, files] { m_infoLabel->setText(caseFileCountText(uint(files))); });
+    });
 }
 
 void DirSelectDialog::changeDir(const QModelIndex& index)

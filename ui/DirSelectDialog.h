@@ -4,7 +4,10 @@
 #include <QDir>
 #include <QStringList>
 
+#include <memory>
+
 class QFileSystemModel;
+class LatestRequest;
 class QHBoxLayout;
 class QLabel;
 class QModelIndex;
@@ -31,7 +34,8 @@ public:
     // The full path of the current item; empty when there is none, which
     // counts as no choice.
     QString directory() const;
-    // Shows the count of the folder last chosen.
+    // Counts the case files of the folder last chosen on a worker and shows
+    // the number when it is known; a newer choice overtakes the count.
     void loadValues();
 
 public slots:
@@ -46,4 +50,5 @@ private:
     QTreeView* m_tree;
     QFileSystemModel* m_model;
     QDir m_countDir;
+    std::shared_ptr<LatestRequest> m_counting;
 };

@@ -200,6 +200,7 @@ void ModePage::createOtherFilesEntry()
     connect(m_fileView, &QTreeWidget::currentItemChanged, this,
             [this] { fileSelected(m_fileView->selectedFileName()); });
     connect(m_fileView, &QAbstractItemView::doubleClicked, this, &ModePage::openSelectedFile);
+    connect(m_fileView, &SCListView::listingFinished, this, &ModePage::updateNoFileMessage);
     connect(m_openButton, &QPushButton::clicked, this, &ModePage::openSelectedFile);
     connect(m_selectFolderButton, &QToolButton::clicked, this, &ModePage::selectDirectory);
     connect(m_homeButton, &QToolButton::clicked, this, &ModePage::gotoHomeDataDir);
@@ -298,11 +299,24 @@ void ModePage::fileSelected(const QString& name)
     emit selectedFile(name);
 }
 
+// The name is handed on without its extension; the tax program completes
+// it. A name the tax program cannot open is converted first, if the user
+// agrees.
 void ModePage::openSelectedFile()
 {
     const QString name = m_fileView->selectedFileName();
-    if (!name.isEmpty())
-        emit startORVClicked(name);
+    if (name.isEmpty())
+        return;
+    const CaseFolder::Entry* entry = m_fileView->entryOf(m_fileView->currentItem());
+    if (entry && entry->latin1Name) {
+        // A copy: the list may go on filling while the box is open.
+        const CaseFolder::Entry latin1 = *entry;
+        const bool renamed = !CaseFiles::openablePath(lastWorkDir(), latin1, this).isEmpty();
+        m_fileView->updateList();
+        if (!renamed)
+            return;
+    }
+    emit startORVClicked(name);
 }
 
 // The entry is disabled when the file is missing; this page hands on what
@@ -363,7 +377,7 @@ void ModePage::updateFileView()
 
 void ModePage::updateNoFileMessage()
 {
-    const bool empty = m_fileView->topLevelItemCount() == 0;
+    const bool empty = m_fileView->topLevelItemCount() == 0 && !m_fileView->isListing();
     m_noFileLabel->setText(
         QStringLiteral("Aktueller Ordner:\n»") + CaseFiles::displayedPath(lastWorkDir())
         + QStringLiteral("«\n\nFür den aktuellen Programm-Modus haben Sie in diesem Ordner bisher "
@@ -371,7 +385,7 @@ void ModePage::updateNoFileMessage()
     m_noFileLabel->setVisible(empty);
     m_fileView->setVisible(!empty);
     m_openButton->setEnabled(!empty);
-    m_overviewButton->setEnabled(!empty);
+    m_overviewButton->setEnabled(!empty && !m_fileView->isListing());
 }
 
 void ModePage::updateLastFileLabel()

@@ -4,6 +4,7 @@
 #include "BundleInfo.h"
 #include "Configuration.h"
 #include "CrossPlatformApi.h"
+#include "NvWinIni.h"
 #include "VersionInfo.h"
 
 #include <QCheckBox>
@@ -167,6 +168,7 @@ void OptionsDialog::writeCloseBehaviour(const QString& behaviour)
 
 void OptionsDialog::accept()
 {
+    const cNvWinIni::BulkWrite oneWritePerFile(*cNvWinIni::theInstance());
     writeSwitch(sectSounds, keyStartJingle, m_pPlaySound->isChecked());
     writeSwitch(sectStartCenter, keyRestoreModus, m_pLastMode->isChecked());
     writeSwitch(sectStart, keyVersionCheckEvery, m_pVersionCheck->isChecked());

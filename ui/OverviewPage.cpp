@@ -2,10 +2,18 @@
 
 #include "CrossPlatformApi.h"
 #include "DMDataFileInfo.h"
+#include "DMFileName.h"
+#include "FilePath.h"
+#include "FolderManager.h"
+#include "OverviewMarkup.h"
 
+#include <QApplication>
 #include <QDateTime>
+#include <QEventLoop>
 #include <QFileInfo>
-#include <QGuiApplication>
+#include <QProgressDialog>
+#include <QThread>
+#include <QTimer>
 #include <QUrl>
 
 namespace {
@@ -19,46 +27,6 @@ void showBox(QMessageBox::Icon icon, const QString& title, const QString& text)
     request.title = title;
     request.text = text;
     CrossPlatformApi::showMessageBox(request);
-}
-
-enum class Markup { Escape, KeepSimpleTags };
-
-// Writes "<", ">" and "&" as entities. With KeepSimpleTags the plain tags
-// b, i, u, br and p (any case, without attributes) stay markup.
-QString escapeMarkup(const QString& text, Markup markup)
-{
-    static const QLatin1String simpleTags[] = {
-        QLatin1String("<b>"), QLatin1String("</b>"), QLatin1String("<i>"),
-        QLatin1String("</i>"), QLatin1String("<u>"), QLatin1String("</u>"),
-        QLatin1String("<br>"), QLatin1String("<p>"), QLatin1String("</p>"),
-    };
-    QString result;
-    result.reserve(text.size());
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        const QChar c = text.at(i);
-        if (c == u'<') {
-            if (markup == Markup::KeepSimpleTags) {
-                const QStringView rest = QStringView(text).mid(i);
-                const auto tag = std::find_if(std::begin(simpleTags), std::end(simpleTags),
-                                              [&](QLatin1String tag) {
-                                                  return rest.startsWith(tag, Qt::CaseInsensitive);
-                                              });
-                if (tag != std::end(simpleTags)) {
-                    result += rest.left(tag->size());
-                    i += tag->size() - 1;
-                    continue;
-                }
-            }
-            result += QLatin1String("&lt;");
-        } else if (c == u'>') {
-            result += QLatin1String("&gt;");
-        } else if (c == u'&') {
-            result += QLatin1String("&amp;");
-        } else {
-            result += c;
-        }
-    }
-    return result;
 }
 
 // Linux file systems often keep no birth time; the time of the last status
@@ -76,6 +44,34 @@ QString caseFileValue(const DMDataFileInfo& info, const char* key, const QString
     if (value.empty() || value == "?")
         return fallback;
     return QString::fromLatin1(value.data(), qsizetype(value.size()));
+}
+
+// Generated documents go to the user's cache folder, the installation's
+// "<COMMONCACHE>", so that the case folder keeps only the user's own files.
+QString overviewFolder()
+{
+    FolderManager::theInstance();   // defines the system folders
+    const char* const symbolic = DMFileName::getGlobalFileEnvironment().hasSymbol("COMMONCACHE")
+                                     ? "<COMMONCACHE>"
+                                     : "<SYS_LOCAL_CACHE>/Start-Center";
+    const FilePath folder(DMFileName(symbolic).compose() + '/');
+    folder.makeDir();
+    return QString::fromLatin1(folder.getPath().c_str());
+}
+
+// The document is Latin-1: every other character goes in as a numeric
+// character reference, so that no name or comment loses a letter.
+QByteArray latin1WithCharacterReferences(const QString& text)
+{
+    QByteArray bytes;
+    bytes.reserve(text.size());
+    for (const char32_t c : text.toUcs4()) {
+        if (c <= 0xFF)
+            bytes += char(c);
+        else
+            bytes += "&#" + QByteArray::number(uint(c)) + ';';
+    }
+    return bytes;
 }
 
 } // namespace
@@ -106,19 +102,27 @@ void OverviewPage::show()
                     QStringLiteral("Im aktuellen Verzeichnis befinden sich keine Dateien dieses Modus."));
             return;
         }
-        m_file.setFileName(m_folder + m_caption + QStringLiteral(".html"));
-        if (!m_file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text)) {
+        m_file.setFileName(overviewFolder() + m_caption + QStringLiteral(".html"));
+        if (!m_file.open(QIODevice::WriteOnly | QIODevice::Text)) {
             QGuiApplication::restoreOverrideCursor();
             showBox(QMessageBox::Critical, overviewTitle,
                     QStringLiteral("Die HTML-Datei zur Steuerfall-Übersicht konnte nicht erstellt werden!"));
             return;
         }
-        m_stream.setDevice(&m_file);
-        m_stream.setEncoding(QStringConverter::Latin1);
-        writeHTML();
-        m_stream.flush();
-        m_stream.setDevice(nullptr);
-        m_file.close();
+        const bool complete = writeInBackground();
+        if (!complete) {
+            m_file.cancelWriting();
+            m_file.commit();   // removes the unfinished document
+            QGuiApplication::restoreOverrideCursor();
+            return;
+        }
+        if (!m_file.commit()) {
+            QGuiApplication::restoreOverrideCursor();
+            showBox(QMessageBox::Critical, overviewTitle,
+                    QStringLiteral("Die HTML-Datei zur Steuerfall-Übersicht konnte nicht erstellt werden!"));
+            return;
+        }
+        QFile::setPermissions(m_file.fileName(), QFileDevice::ReadOwner | QFileDevice::WriteOwner);
         m_writeNeeded = false;
     }
     QGuiApplication::restoreOverrideCursor();
@@ -132,6 +136,44 @@ void OverviewPage::show()
                                "Sie finden die Übersichts-Datei unter\n")
                     + path);
     }
+}
+
+bool OverviewPage::writeInBackground()
+{
+    m_rowsWritten = 0;
+    m_cancelRequested = false;
+
+    QProgressDialog progress(QStringLiteral("Die Datei-Übersicht wird erstellt ..."),
+                             QStringLiteral("Abbrechen"), 0, int(m_fileNames.size()),
+                             QApplication::activeWindow());
+    progress.setWindowTitle(overviewTitle);
+    progress.setWindowModality(Qt::ApplicationModal);
+    progress.setMinimumDuration(400);
+    progress.setAutoClose(false);
+    progress.setAutoReset(false);
+    QObject::connect(&progress, &QProgressDialog::canceled, [this] { m_cancelRequested = true; });
+
+    QTimer poll;
+    poll.setInterval(50);
+    QObject::connect(&poll, &QTimer::timeout, [&] { progress.setValue(m_rowsWritten); });
+
+    QEventLoop loop;
+    // The document is made as text and written as Latin-1 with character
+    // references for everything beyond it, all on the worker.
+    std::unique_ptr<QThread> worker(QThread::create([this] {
+        QString document;
+        m_stream.setString(&document);
+        writeHTML();
+        m_stream.flush();
+        m_stream.setString(nullptr);
+        m_file.write(latin1WithCharacterReferences(document));
+    }));
+    QObject::connect(worker.get(), &QThread::finished, &loop, &QEventLoop::quit);
+    worker->start();
+    poll.start();
+    loop.exec();
+    worker->wait();
+    return !m_cancelRequested;
 }
 
 void OverviewPage::writeHTML()
@@ -180,6 +222,9 @@ void OverviewPage::writeHTML()
 void OverviewPage::writeFileInfo()
 {
     for (const QString& fileName : m_fileNames) {
+        if (m_cancelRequested)
+            return;
+        ++m_rowsWritten;
         const QFileInfo file(m_folder + fileName);
         if (!file.exists())
             continue;

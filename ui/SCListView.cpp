@@ -2,79 +2,42 @@
 
 #include "SCAppStyle.h"
 
+#include "LatestRequest.h"
+
 #include <QApplication>
-#include <QFile>
-#include <QFileInfo>
 #include <QStyle>
-
-#include <ctime>
-
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include <QThreadPool>
 
 namespace {
 
-// The local time of the last change of the files of one folder, as
-// "dd.MM.yyyy hh:mm". QFileInfo::lastModified() plus QDateTime::toString()
-// cost a time-zone lookup and a format parse per file, more than the row
-// itself; here each file takes one stat relative to the open folder, one
-// localtime_r() and a few digits.
-class ChangeTimeReader
+// Rows per batch. Adding rows is cheap, but every batch makes the view lay
+// out all its rows again at the next paint, so batches grow as the list does.
+constexpr int firstBatch = 500;
+constexpr int largestBatch = 8000;
+
+// Rows without a view are plain objects; many of them are deleted on a
+// worker, since that takes longer than a frame.
+void deleteRows(QList<QTreeWidgetItem*> rows)
 {
-public:
-    explicit ChangeTimeReader(const QString& folder)
-        : m_folder(open(QFile::encodeName(folder.isEmpty() ? QStringLiteral(".") : folder).constData(),
-                        O_RDONLY | O_DIRECTORY | O_CLOEXEC))
-    {
-        tzset();   // follow a change of the time zone since the last listing
-    }
-    ~ChangeTimeReader()
-    {
-        if (m_folder >= 0)
-            close(m_folder);
-    }
-    ChangeTimeReader(const ChangeTimeReader&) = delete;
-    ChangeTimeReader& operator=(const ChangeTimeReader&) = delete;
-
-    // Empty when the file has gone since the folder was listed.
-    QString changeTime(const QString& fileName) const
-    {
-        struct stat status;
-        struct tm local;
-        if (m_folder < 0
-            || fstatat(m_folder, QFile::encodeName(fileName).constData(), &status, 0) != 0
-            || !localtime_r(&status.st_mtime, &local))
-            return QString();
-        QChar text[16];
-        const auto twoDigits = [&text](int at, int value) {
-            text[at] = QLatin1Char(char('0' + value / 10 % 10));
-            text[at + 1] = QLatin1Char(char('0' + value % 10));
-        };
-        const int year = local.tm_year + 1900;
-        twoDigits(0, local.tm_mday);
-        text[2] = u'.';
-        twoDigits(3, local.tm_mon + 1);
-        text[5] = u'.';
-        twoDigits(6, year / 100);
-        twoDigits(8, year % 100);
-        text[10] = u' ';
-        twoDigits(11, local.tm_hour);
-        text[13] = u':';
-        twoDigits(14, local.tm_min);
-        return QString(text, 16);
-    }
-
-private:
-    int m_folder;
-};
+    if (rows.size() < firstBatch)
+        qDeleteAll(rows);
+    else
+        QThreadPool::globalInstance()->start([rows = std::move(rows)] { qDeleteAll(rows); });
+}
 
 } // namespace
 
+// Rows built on the worker, still owned here until the list takes them.
+struct SCListView::Batch
+{
+    QList<CaseFolder::Entry> entries;
+    QList<QTreeWidgetItem*> rows;
+    ~Batch() { deleteRows(std::move(rows)); }
+};
+
 SCListView::SCListView(QWidget* parent)
     : QTreeWidget(parent)
-    , m_dir(QString(), QString(), QDir::Name | QDir::IgnoreCase,
-            QDir::Files | QDir::Readable | QDir::Writable)
+    , m_reading(LatestRequest::create(this))
 {
     QFont listFont = parent ? parent->font() : font();
     listFont.setWeight(QFont::Normal);
@@ -83,12 +46,17 @@ SCListView::SCListView(QWidget* parent)
     setHeaderLabels({QStringLiteral("Dateiname"), QStringLiteral("Letzte Änderung")});
 }
 
-SCListView::~SCListView() = default;
+SCListView::~SCListView()
+{
+    m_reading->detach();
+}
 
 void SCListView::init(const QString& folder, const QStringList& nameFilters)
 {
     if (folder != m_rootDir)
         pointAt(folder);
+    else if (nameFilters != m_nameFilters)
+        clearRows();   // rows of other patterns must not stay in view
     setNameFilters(nameFilters);
     updateList();
 }
@@ -103,23 +71,14 @@ void SCListView::setRootDir(const QString& folder)
 
 void SCListView::setNameFilters(const QStringList& nameFilters)
 {
-    m_dir.setNameFilters(nameFilters);
+    m_nameFilters = nameFilters;
 }
 
 void SCListView::updateList()
 {
-    clear();
-    m_dir.refresh();
-    const QFileInfoList entries = m_dir.entryInfoList();
-    const ChangeTimeReader changeTimes(m_dir.path());
-    QList<QTreeWidgetItem*> rows;
-    rows.reserve(entries.size());
-    for (const QFileInfo& entry : entries) {
-        rows.append(new QTreeWidgetItem(
-            QStringList{entry.completeBaseName(), changeTimes.changeTime(entry.fileName())}));
-    }
-    addTopLevelItems(rows);
-    updateNameColumnWidth();
+    const CaseFolder::Entry* current = entryOf(currentItem());
+    m_keepCurrent = current ? current->localName : QByteArray();
+    startListing();
 }
 
 QString SCListView::selectedFileName() const
@@ -130,13 +89,101 @@ QString SCListView::selectedFileName() const
 
 QStringList SCListView::fileNames() const
 {
-    return m_dir.entryList();
+    QStringList names;
+    names.reserve(m_entries.size());
+    for (const CaseFolder::Entry& entry : m_entries)
+        names.append(entry.name);
+    return names;
 }
 
+const CaseFolder::Entry* SCListView::entryOf(const QTreeWidgetItem* row) const
+{
+    const int index = row ? indexOfTopLevelItem(const_cast<QTreeWidgetItem*>(row)) : -1;
+    return index >= 0 && index < m_entries.size() ? &m_entries.at(index) : nullptr;
+}
+
+// A new folder drops the old rows at once: they must never be taken for
+// files of the new one.
 void SCListView::pointAt(const QString& folder)
 {
     m_rootDir = folder;
-    m_dir.setPath(folder);
+    clearRows();
+}
+
+void SCListView::clearRows()
+{
+    clear();
+    m_entries.clear();
+}
+
+void SCListView::startListing()
+{
+    m_listing = true;
+    m_filledRows = 0;
+    updateNameColumnWidth();
+    LatestRequest::start(m_reading, [this, folder = m_rootDir, nameFilters = m_nameFilters](
+                                        LatestRequest& reading, quint64 request) {
+        CaseFolder::read(
+            folder, nameFilters, CaseFolder::Access::ReadAndWrite, firstBatch, largestBatch,
+            [&] { return !reading.isCurrent(request); },
+            [&](QList<CaseFolder::Entry>&& entries) {
+                auto batch = std::make_shared<Batch>();
+                batch->rows.reserve(entries.size());
+                for (const CaseFolder::Entry& entry : entries)
+                    batch->rows.append(new QTreeWidgetItem(
+                        QStringList{entry.completeBaseName(), CaseFolder::changeTimeText(entry.changeTime)}));
+                batch->entries = std::move(entries);
+                reading.post(request, [this, batch] { takeBatch(*batch); });
+            });
+        reading.post(request, [this] { finishListing(); });
+    });
+}
+
+// The rows of the listing before stay in view and are overwritten in place
+// where they differ, so that a refresh of an unchanged folder costs the view
+// nothing and keeps its scroll position; rows beyond the old ones are added.
+void SCListView::takeBatch(Batch& batch)
+{
+    const int existing = topLevelItemCount();
+    const qsizetype inPlace = std::clamp<qsizetype>(existing - m_filledRows, 0, batch.entries.size());
+    for (qsizetype i = 0; i < inPlace; ++i) {
+        QTreeWidgetItem* row = topLevelItem(m_filledRows + int(i));
+        const QTreeWidgetItem* fresh = batch.rows.at(i);
+        for (int column = 0; column < 2; ++column) {
+            if (row->text(column) != fresh->text(column))
+                row->setText(column, fresh->text(column));
+        }
+        m_entries[m_filledRows + i] = batch.entries.at(i);
+    }
+    m_entries.append(batch.entries.mid(inPlace));
+    addTopLevelItems(batch.rows.mid(inPlace));
+    batch.rows.remove(inPlace, batch.rows.size() - inPlace);
+
+    const int first = m_filledRows;
+    m_filledRows += int(batch.entries.size());
+    if (m_keepCurrent.isEmpty())
+        return;
+    for (int i = first; i < m_filledRows; ++i) {
+        if (m_entries.at(i).localName == m_keepCurrent) {
+            if (currentItem() != topLevelItem(i))
+                setCurrentItem(topLevelItem(i));
+            m_keepCurrent.clear();
+            break;
+        }
+    }
+}
+
+void SCListView::finishListing()
+{
+    const int surplus = topLevelItemCount() - m_filledRows;
+    if (m_filledRows == 0)
+        clearRows();
+    else if (surplus > 0)
+        model()->removeRows(m_filledRows, surplus);
+    m_entries.resize(m_filledRows);
+    m_keepCurrent.clear();
+    m_listing = false;
+    emit listingFinished();
 }
 
 // Half the page width of the application style; half the list's own width

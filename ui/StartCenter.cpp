@@ -2,29 +2,29 @@
 
 #include "ActionPage.h"
 #include "ApplicationInfo.h"
+#include "CommandLine.h"
 #include "ConfigText.h"
 #include "Configuration.h"
 #include "CrossPlatformApi.h"
 #include "Exceptions.h"
+#include "FirstPaint.h"
 #include "NvWinIni.h"
 #include "OnlineUpdate.h"
 #include "OptionsDialog.h"
 #include "SelectionButton.h"
+#include "UiLogging.h"
 #include "WordWrap.h"
 
-#include <QAbstractEventDispatcher>
+#include <QAbstractButton>
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QGuiApplication>
+#include <QKeyEvent>
 #include <QLibrary>
-#include <QLoggingCategory>
 #include <QScreen>
 
-#include <functional>
-#include <memory>
-
-Q_LOGGING_CATEGORY(lcMainWindow, "startcenter.mainwindow", QtWarningMsg)
+#include <utility>
 
 namespace {
 
@@ -64,25 +64,20 @@ bool switchSettingsTo(int mode, QWidget* parent)
     }
 }
 
-// Runs work once the event loop has nothing else to do, that is once the
-// window is on screen; the work itself is queued behind that moment.
-void runWhenIdle(QObject* context, std::function<void()> work)
+// Plays through the sound module beside the launcher (see
+// sound/StartSound.cpp); silent when the module is missing.
+void playThroughSoundModule(const QString& path, QObject* owner)
 {
-    auto connection = std::make_shared<QMetaObject::Connection>();
-    *connection = QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock,
-                                   context, [connection, context, work = std::move(work)] {
-                                       QObject::disconnect(*connection);
-                                       QMetaObject::invokeMethod(context, work, Qt::QueuedConnection);
-                                   });
+    using PlayStartSound = QObject* (*)(const QString& path, QObject* parent);
+    QLibrary module(QCoreApplication::applicationDirPath() + QStringLiteral("/startsound"));
+    if (const auto play = reinterpret_cast<PlayStartSound>(module.resolve("scPlayStartSound")))
+        play(path, owner);
 }
 
-// The sound module beside the launcher (see sound/StartSound.cpp); null
-// when it is missing.
-using PlayStartSound = QObject* (*)(const QString& path, QObject* parent);
-PlayStartSound startSoundPlayer()
+StartCenter::StartSoundPlayer& startSoundPlayer()
 {
-    QLibrary module(QCoreApplication::applicationDirPath() + QStringLiteral("/startsound"));
-    return reinterpret_cast<PlayStartSound>(module.resolve("scPlayStartSound"));
+    static StartCenter::StartSoundPlayer player = playThroughSoundModule;
+    return player;
 }
 
 } // namespace
@@ -101,6 +96,8 @@ StartCenter::StartCenter(QWidget* parent, Qt::WindowFlags flags)
 
     initVersionMap();
     m_ui.setupUi(this, getVersionType());
+    setAcceptDrops(true);
+    m_recentFilesWriter.setMaxThreadCount(1);
 
     // Centred on the default screen; its origin is left out on purpose, as
     // the launcher has always placed itself.
@@ -161,8 +158,9 @@ int StartCenter::getVersionType()
 
 // The sound file is "Sounds"/"SoundDir" (relative to the application
 // folder) followed directly by "Sounds"/"StartCenter". A missing file or a
-// machine without sound output stays silent. The sound system is brought up
-// once the window is on screen, so the window does not wait for it.
+// machine without sound output stays silent. The sound module and the sound
+// system it brings are loaded only after the window's first frame, so the
+// window neither waits for them nor carries their weight before it.
 void StartCenter::playStartSound()
 {
     if (settingInt("Sounds", "StartJingle", 1) != 1)
@@ -177,10 +175,12 @@ void StartCenter::playStartSound()
     if (!QFileInfo(path).isFile())
         return;
 
-    runWhenIdle(this, [this, path] {
-        if (const PlayStartSound play = startSoundPlayer())
-            play(path, this);
-    });
+    runAfterFirstPaint(this, [this, path] { startSoundPlayer()(path, this); });
+}
+
+StartCenter::StartSoundPlayer StartCenter::setStartSoundPlayer(StartSoundPlayer player)
+{
+    return std::exchange(startSoundPlayer(), std::move(player));
 }
 
 void StartCenter::chooseMode(int mode)
@@ -224,6 +224,18 @@ void StartCenter::buttonFestClicked()
     chooseMode(Ui_MainWindow::ModeFest);
 }
 
+void StartCenter::keyPressEvent(QKeyEvent* event)
+{
+    const bool enter = (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+                       && !(event->modifiers() & ~Qt::KeypadModifier);
+    auto* button = qobject_cast<QAbstractButton*>(focusWidget());
+    if (enter && button && button->isEnabled()) {
+        button->click();
+        return;
+    }
+    QMainWindow::keyPressEvent(event);
+}
+
 void StartCenter::showOptions()
 {
     OptionsDialog dialog(this, {});
@@ -250,6 +262,10 @@ void StartCenter::activateForInstance(const KDSingleApplicationGuard::Instance& 
     if (!token.isEmpty())
         qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());
     activateMainWindow();
+    // The later start's request is followed once the guard's report is
+    // over, so that a box cannot run inside it.
+    const CommandLine commandLine = CommandLine::parse(arguments, modeNames(), instance.areArgumentsTruncated());
+    QMetaObject::invokeMethod(this, [this, commandLine] { followCommandLine(commandLine); }, Qt::QueuedConnection);
 }
 
 QStringList StartCenter::guardArguments(const QStringList& arguments)

@@ -11,6 +11,9 @@
 #include "SharedHelpers.h"
 
 #include <QCoreApplication>
+#include <QPointer>
+
+#include <vector>
 
 namespace {
 
@@ -23,8 +26,18 @@ QString preloadProgram()
     const QByteArray prefix = qgetenv("SQUISH_PREFIX");
     if (prefix.isEmpty())
         return QString();
-    const QString preload = QString::fromLocal8Bit(prefix) + QStringLiteral("\\bin\\dllpreload.exe");
+    const QString preload = QString::fromLocal8Bit(prefix) + QStringLiteral("/bin/dllpreload");
     return cFile(preload.toLatin1().toStdString()).Exists() ? preload : QString();
+}
+
+// A program started as the launcher ends runs on by itself. Its QProcess
+// object is kept, never destroyed, to the end of the process (destroying it
+// would end the program), in a list that stays reachable so that leak
+// checkers do not take it for lost.
+void keepRunningAfterExit(QProcess* process)
+{
+    static auto* const outliving = new std::vector<QPointer<QProcess>>();
+    outliving->emplace_back(process);
 }
 
 void reportBrokenInstallation(QWidget* parent)
@@ -48,7 +61,8 @@ void StartCenter::startORV()
 
 void StartCenter::startORV(const QString& file)
 {
-    startORVWithParam({file});
+    if (startORVWithParam({file}))
+        addToRecentFiles(file);
 }
 
 void StartCenter::startConvert()
@@ -88,8 +102,10 @@ bool StartCenter::startORVWithParam(const QStringList& params)
     }
 
     const QString onStart = configText("StartCenter", "OnORVStart");
-    if (onStart == QLatin1String("Terminate"))
+    if (onStart == QLatin1String("Terminate")) {
         QCoreApplication::exit(0);
+        keepRunningAfterExit(process);
+    }
     ++m_runningCount;
     connect(process, &QProcess::finished, this, &StartCenter::orvFinished);
     // Hidden only now that the program runs: its end brings the window back.

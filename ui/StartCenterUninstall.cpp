@@ -8,7 +8,7 @@
 
 void StartCenter::startUninstall()
 {
-    // The removal runs on after the launcher has ended.
-    if (Uninstall::run() == Uninstall::Outcome::Started)
+    // Once the program or the user's files of it are gone, the launcher ends.
+    if (Uninstall::run() == Uninstall::Outcome::Removed)
         QCoreApplication::exit(0);
 }

@@ -3,6 +3,7 @@
 #include "ActionPage.h"
 #include "ConfigText.h"
 #include "Configuration.h"
+#include "FocusChain.h"
 #include "FontHelper.h"
 #include "ModePages.h"
 #include "OnlineUpdate.h"
@@ -123,6 +124,30 @@ private:
     std::optional<QIcon> m_icon;
 };
 
+// Word-wraps an action's tool tip when a tool button first shows it, not
+// for every action at start: most tips are never looked at. Until then the
+// action carries the unwrapped text.
+class ToolTipWrapper : public QObject
+{
+public:
+    using QObject::QObject;
+    static constexpr const char* pendingProperty = "toolTipToWrap";
+
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() != QEvent::ToolTip)
+            return false;
+        auto* button = qobject_cast<QToolButton*>(watched);
+        QAction* action = button ? button->defaultAction() : nullptr;
+        if (action && action->property(pendingProperty).toBool()) {
+            action->setProperty(pendingProperty, QVariant());
+            // The button takes the new text over at once, before it shows it.
+            action->setToolTip(StartCenter::doWordWrap(action->toolTip(), toolTipWidth, button->window()->font(), false));
+        }
+        return false;
+    }
+};
+
 QString helpText(const QString& key)
 {
     return configText("StartCenter.HelpText", key.toLatin1().constData());
@@ -195,8 +220,7 @@ void Ui_MainWindow::setupUi(QMainWindow* window, int edition)
     m_header = new QLabel(m_centralWidget);
     m_header->setObjectName(QStringLiteral("Header"));
     m_header->setFixedSize(metric(SCAppStyle::PM_HeaderPictureWidth), metric(SCAppStyle::PM_HeaderPictureHeight));
-    m_header->setScaledContents(true);
-    m_header->setPixmap(picture("Header", "sc_header"));
+    updateUi();
     m_mainLayout->addWidget(m_header);
 
     m_centralLayout = new QHBoxLayout();
@@ -242,11 +266,8 @@ void Ui_MainWindow::setupUi(QMainWindow* window, int edition)
     window->setFixedSize(metric(SCAppStyle::PM_MainWindowWidth), metric(SCAppStyle::PM_MainWindowHeight));
     QMetaObject::connectSlotsByName(window);
 
-    for (int mode = 0; mode < ModeCount; ++mode) {
-        m_pages[mode] = modes[mode].createPage(m_centerStack);
-        m_pages[mode]->setObjectName(QLatin1String(modes[mode].pageName));
-        connectActionPage(m_pages[mode]);
-    }
+    // The pages are built when first shown (buildPage): the window starts
+    // with the page of its mode only.
     initAnimation();
 }
 
@@ -259,25 +280,28 @@ void Ui_MainWindow::retranslateUi(QMainWindow* window, bool withToolTips)
         QAction* action;
         const char* text;
         const char* toolTipKey;   // null: no tool tip
+        const char* barText;      // the tool bar's caption with its mnemonic; null: not on the bar
     };
     const ActionText actionTexts[] = {
-        {m_actionBeraterPlus, "SteuerBerater", "SteuerBerater"},
-        {m_actionBerater, "orvane-berater", "orvane-berater.example"},
-        {m_actionKursel, "Kursel", "Kursel"},
-        {m_actionHandbuch, "Handbuch", "Programmhandbuch"},
-        {m_actionSupport, "Support", "Support"},
-        {m_actionOnlineUpdate, "Online-Update", "OnlineUpdate"},
-        {m_actionOptionen, "Optionen", "Konfiguration"},
-        {m_actionReport, "Report erstellen", nullptr},
-        {m_actionNetViewet, "NetViewer starten", nullptr},
-        {m_actionProgFolder, "Programmordner öffnen", nullptr},
-        {m_actionTaxFolder, "Steuerfallordner öffnen", nullptr},
-        {m_actionUninstall, "Deinstallation", nullptr},
-        {m_actionOnlineStart, "Online-Update starten", nullptr},
-        {m_actionOnlineConfig, "Konfiguration", nullptr},
+        {m_actionBeraterPlus, "SteuerBerater", "SteuerBerater", "Steuer&Berater"},
+        {m_actionBerater, "orvane-berater", "orvane-berater.example", "orvane-&berater"},
+        {m_actionKursel, "Kursel", "Kursel", "&Kursel"},
+        {m_actionHandbuch, "Handbuch", "Programmhandbuch", "&Handbuch"},
+        {m_actionSupport, "Support", "Support", "&Support"},
+        {m_actionOnlineUpdate, "Online-Update", "OnlineUpdate", "Online-&Update"},
+        {m_actionOptionen, "Optionen", "Konfiguration", "&Optionen"},
+        {m_actionReport, "Report erstellen", nullptr, nullptr},
+        {m_actionNetViewet, "NetViewer starten", nullptr, nullptr},
+        {m_actionProgFolder, "Programmordner öffnen", nullptr, nullptr},
+        {m_actionTaxFolder, "Steuerfallordner öffnen", nullptr, nullptr},
+        {m_actionUninstall, "Deinstallation", nullptr, nullptr},
+        {m_actionOnlineStart, "Online-Update starten", nullptr, nullptr},
+        {m_actionOnlineConfig, "Konfiguration", nullptr, nullptr},
     };
     for (const ActionText& entry : actionTexts) {
         entry.action->setText(QString::fromUtf8(entry.text));
+        if (entry.barText)
+            entry.action->setIconText(QString::fromUtf8(entry.barText));
         if (withToolTips && entry.toolTipKey)
             assignToolTip(entry.action, QLatin1String(entry.toolTipKey));
     }
@@ -290,9 +314,14 @@ void Ui_MainWindow::retranslateUi(QMainWindow* window, bool withToolTips)
     }
 }
 
+// The picture fills the header. Only a picture of another size is scaled:
+// scaling converts and copies the picture at its first paint, which a
+// picture shipped at the header's size does not need.
 void Ui_MainWindow::updateUi()
 {
-    m_header->setPixmap(picture("Header", "sc_header"));
+    const QPixmap header = picture("Header", "sc_header");
+    m_header->setScaledContents(header.size() != m_header->size());
+    m_header->setPixmap(header);
 }
 
 QAction* Ui_MainWindow::newAction(const char* objectName, const char* iconName)
@@ -312,10 +341,12 @@ void Ui_MainWindow::createActions(QMainWindow*)
     m_actionKursel = newAction("actionKursel", "kompass-small");
     connect(m_actionKursel, &QAction::triggered, window, &StartCenter::openTaxbook);
     m_actionHandbuch = newAction("actionHandbuch", "handbuch");
+    m_actionHandbuch->setShortcut(QKeySequence(Qt::Key_F1));
     connect(m_actionHandbuch, &QAction::triggered, window, &StartCenter::openManual);
     m_actionSupport = newAction("actionSupport", "support");
     m_actionOnlineUpdate = newAction("actionOnlineUpdate", "online-small");
     m_actionOptionen = newAction("actionOptionen", "optionen");
+    m_actionOptionen->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
     connect(m_actionOptionen, &QAction::triggered, window, &StartCenter::showOptions);
     m_actionReport = newAction("actionReport", "menu_report");
     connect(m_actionReport, &QAction::triggered, window, &StartCenter::startReportTool);
@@ -390,6 +421,13 @@ void Ui_MainWindow::createToolBar(QMainWindow* window)
     const QList<QToolButton*> buttons = m_toolBar->findChildren<QToolButton*>();
     for (qsizetype i = 1; i < buttons.size(); ++i)
         buttons.at(i)->setPopupMode(QToolButton::InstantPopup);
+    // A tool bar keeps its buttons out of the tab order; here they are the
+    // only way to the manual, the support menu and the options.
+    for (QAction* action : m_toolBar->actions())
+        m_toolBar->widgetForAction(action)->setFocusPolicy(Qt::TabFocus);
+    auto* toolTipWrapper = new ToolTipWrapper(m_toolBar);
+    for (QToolButton* button : buttons)
+        button->installEventFilter(toolTipWrapper);
 
     QPalette palette = m_toolBar->palette();
     palette.setColor(QPalette::Button, SCColors::getColor(SCColors::keyToolbarGradientTop, QColor(68, 122, 210)));
@@ -450,9 +488,14 @@ void Ui_MainWindow::assignToolTip(QWidget* widget, const QString& key)
     widget->setToolTip(helpText(key));
 }
 
+// A screen reader reads the tool bar button's tip unwrapped.
 void Ui_MainWindow::assignToolTip(QAction* action, const QString& key)
 {
-    action->setToolTip(StartCenter::doWordWrap(helpText(key), toolTipWidth, m_window->font(), false));
+    const QString text = helpText(key);
+    action->setToolTip(text);
+    action->setProperty(ToolTipWrapper::pendingProperty, true);
+    if (QWidget* button = m_toolBar ? m_toolBar->widgetForAction(action) : nullptr)
+        button->setAccessibleDescription(text.simplified());
 }
 
 void Ui_MainWindow::connectActionPage(ActionPage* page)
@@ -466,44 +509,88 @@ void Ui_MainWindow::connectActionPage(ActionPage* page)
             qOverload<const QString&>(&StartCenter::startConvert));
 }
 
-// Every page waits below the visible area; the state of the chosen mode
-// lifts its page into place, and leaving that state lets it slide back.
+// One state per mode in a group; the chosen mode's state lifts its page into
+// place, and leaving that state lets the page slide back (animatePage).
 void Ui_MainWindow::initAnimation()
 {
-    const int width = metric(SCAppStyle::PM_PageWidth);
-    const int height = metric(SCAppStyle::PM_PageHeight);
-
     m_stateMachine = new QStateMachine(this);
     m_stateMachine->setGlobalRestorePolicy(QState::RestoreProperties);
     m_modeStateGroup = new QState(m_stateMachine);
     m_modeStateGroup->setObjectName(QStringLiteral("modeStateGroup"));
 
     for (int mode = 0; mode < ModeCount; ++mode) {
-        ActionPage* page = m_pages[mode];
-        page->setGeometry(0, height + 10, width, height);
-
         m_pageStates[mode] = new QState(m_modeStateGroup);
-        m_pageStates[mode]->assignProperty(page, "geometry", QRect(0, 0, width, height));
         m_modeStateGroup->addTransition(this, modes[mode].pageSignal, m_pageStates[mode]);
-
-        auto* animation = new QPropertyAnimation(page, "geometry", m_stateMachine);
-        animation->setEasingCurve(QEasingCurve::OutQuad);
-        animation->setDuration(pageSlideDurationMs);
-        m_stateMachine->addDefaultAnimation(animation);
+        if (m_pages[mode])
+            animatePage(mode);
     }
     m_modeStateGroup->setInitialState(m_pageStates[ModeNormal]);
     m_stateMachine->setInitialState(m_modeStateGroup);
     m_stateMachine->start();
 }
 
+// The page waits below the visible area until its mode's state lifts it.
+void Ui_MainWindow::animatePage(int mode)
+{
+    const int width = metric(SCAppStyle::PM_PageWidth);
+    const int height = metric(SCAppStyle::PM_PageHeight);
+    ActionPage* page = m_pages[mode];
+    page->setGeometry(0, height + 10, width, height);
+    m_pageStates[mode]->assignProperty(page, "geometry", QRect(0, 0, width, height));
+
+    auto* animation = new QPropertyAnimation(page, "geometry", m_stateMachine);
+    animation->setEasingCurve(QEasingCurve::OutQuad);
+    animation->setDuration(pageSlideDurationMs);
+    connect(animation, &QAbstractAnimation::finished, this, &Ui_MainWindow::hideParkedPages);
+    m_stateMachine->addDefaultAnimation(animation);
+}
+
+ActionPage* Ui_MainWindow::buildPage(int mode)
+{
+    if (!m_pages[mode]) {
+        m_pages[mode] = modes[mode].createPage(m_centerStack);
+        m_pages[mode]->setObjectName(QLatin1String(modes[mode].pageName));
+        connectActionPage(m_pages[mode]);
+        animatePage(mode);
+    }
+    return m_pages[mode];
+}
+
 void Ui_MainWindow::showMode(int mode)
 {
     if (mode < 0 || mode >= ModeCount)
         return;
-    m_pages[mode]->updateUI();
+    m_shownMode = mode;
+    ActionPage* page = buildPage(mode);
+    page->updateUI();
+    // Shown again after its slide out hid it; a page built now is shown at
+    // all only this way, since a child added to a window on screen is not.
+    page->show();
     emit (this->*modes[mode].pageSignal)();
     m_modeButtons[mode]->setChecked(true);
     m_modeStateGroup->setInitialState(m_pageStates[mode]);
+    hideParkedPages();
+    updateFocusOrder();
+}
+
+// The page left keeps sliding down in view; it is hidden once its slide has
+// ended.
+void Ui_MainWindow::hideParkedPages()
+{
+    const QRect view = m_centerStack->rect();
+    for (int mode = 0; mode < ModeCount; ++mode) {
+        if (m_pages[mode] && mode != m_shownMode && !view.intersects(m_pages[mode]->geometry()))
+            m_pages[mode]->hide();
+    }
+}
+
+void Ui_MainWindow::updateFocusOrder()
+{
+    QList<QWidget*> order(m_modeButtons.begin(), m_modeButtons.end());
+    order += m_pages[m_shownMode]->focusOrder();
+    for (QAction* action : m_toolBar->actions())
+        order << m_toolBar->widgetForAction(action);
+    chainFocus(order);
 }
 
 ActionPage* Ui_MainWindow::page(int mode) const

@@ -50,7 +50,8 @@ public:
     void createSelectionButtons();
     SelectionButton* createModusButton(const QString& objectName, const QString& iconName);
     void addDivider(QLayout* layout);
-    // Text of "StartCenter.HelpText"/key; an action's text is wrapped to 210 pixels.
+    // Text of "StartCenter.HelpText"/key; an action's text is wrapped to 210
+    // pixels in the window font when a tool button first shows it.
     void assignToolTip(QWidget* widget, const QString& key);
     void assignToolTip(QAction* action, const QString& key);
     void connectActionPage(ActionPage* page);
@@ -65,6 +66,7 @@ public:
     void showModeEinurVor() { showMode(ModeEinurVor); }
     void showModeFest() { showMode(ModeFest); }
 
+    // The mode's page; null until the mode was first shown.
     ActionPage* page(int mode) const;
     SelectionButton* modeButton(int mode) const;
 
@@ -78,9 +80,18 @@ signals:
 
 private:
     QAction* newAction(const char* objectName, const char* iconName);
+    // Hides every page that is out of view and not the chosen one, so that
+    // no hidden control takes the focus or reaches a screen reader.
+    void hideParkedPages();
+    // Tab order: the mode column, the chosen page, the tool bar. The mode
+    // buttons are one stop, the checked one; the arrow keys move among them.
+    void updateFocusOrder();
     // The tool bar's extra action of the edition, if it has one.
     QAction* editionAction() const;
     int metric(int customMetric) const;
+    // The mode's page, built and connected on the first call.
+    ActionPage* buildPage(int mode);
+    void animatePage(int mode);
 
     StartCenter* m_window = nullptr;
     int m_edition = 0;
@@ -112,6 +123,7 @@ private:
     QLabel* m_header = nullptr;
     QFrame* m_centerStack = nullptr;
     std::array<ActionPage*, ModeCount> m_pages{};
+    int m_shownMode = -1;
 
     QStateMachine* m_stateMachine = nullptr;
     QState* m_modeStateGroup = nullptr;

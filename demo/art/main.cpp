@@ -1094,9 +1094,16 @@ std::vector<Picture> pictures()
         {"sc_weitere", icon, large, paintMoreFiles},
         {"sc_overview", icon, large, paintOverview},
 
-        {"de.marvendo.startcenter", icon, 4.0, paintAppIcon, Place::IconTheme},
-        {"de.marvendo.startcenter", icon, toolbar, paintAppIcon, Place::IconTheme},
     };
+}
+
+// The application icon at each size desktops ask an icon theme for.
+std::vector<Picture> appIcons()
+{
+    std::vector<Picture> icons;
+    for (const int size : {16, 22, 24, 32, 48, 64, 128, 256})
+        icons.push_back({"de.marvendo.startcenter", QSizeF(grid, grid), size / grid, paintAppIcon, Place::IconTheme});
+    return icons;
 }
 
 // The folder a picture belongs in; empty when that folder was not asked for.
@@ -1154,7 +1161,10 @@ int main(int argc, char** argv)
         return 2;
     }
     bool ok = true;
-    for (const Picture& picture : pictures()) {
+    std::vector<Picture> all = pictures();
+    for (Picture& icon : appIcons())
+        all.push_back(std::move(icon));
+    for (const Picture& picture : all) {
         const QString folder = outputFolder(picture, args);
         if (!folder.isEmpty())
             ok = render(picture, QDir(folder)) && ok;

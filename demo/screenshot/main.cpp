@@ -76,6 +76,5 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "demoscreenshot: cannot write %s\n", qPrintable(file));
         return 1;
     }
-    std::printf("%s\n", qPrintable(file));
     return 0;
 }

@@ -21,6 +21,7 @@ public:
     ~ColorFileInstallation() { ColorManager::resetInstance(); }
 
     bool isValid() const { return TempInstallation::isValid() && m_settingsFound; }
+    QString colorFile() const { return resourcesDir() + QStringLiteral("ColorDefs.ini"); }
 
     QStringList& messages;
 

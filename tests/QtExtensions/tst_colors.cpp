@@ -12,9 +12,10 @@ QColor rgb(unsigned int colorRef)
     return SCColors::fromColorRef(colorRef);
 }
 
-const QString notFound = QStringLiteral("Color Manager|Die Farbe >>%1<< wurde nicht gefunden");
+// Each box names the colour file, ColorDefs.ini of the installation (%2).
+const QString notFound = QStringLiteral("Color Manager|Die Farbe >>%1<< wurde nicht gefunden\nFarbdatei: %2");
 const QString tooDeep = QStringLiteral(
-    "Color Manager|Die maximale verschachtelungstiefe wurde erreicht.\nAktuelle Farbe: %1");
+    "Color Manager|Die maximale verschachtelungstiefe wurde erreicht.\nAktuelle Farbe: %1\nFarbdatei: %2");
 
 // A chain Top<n> -> <prefix>1 -> ... -> <prefix><n> = 1,2,3 of n references.
 QByteArray referenceChain(int n, const QByteArray& prefix)
@@ -52,7 +53,7 @@ private slots:
         QCOMPARE(rgb(colors->getColor("DirectDarker", 0)), QColor(60, 60, 60));
         // Referenced colours live in their own section, not in the top-level one.
         QCOMPARE(colors->getColor("C", 0x123456), 0x123456u);
-        QCOMPARE(install.messages, QStringList{notFound.arg("C")});
+        QCOMPARE(install.messages, QStringList{notFound.arg(QLatin1String("C"), install.colorFile())});
 
         // setColor overrides the file until the cache is cleared.
         colors->setColor("A", 0x0000FF);
@@ -79,12 +80,13 @@ private slots:
 
         QCOMPARE(colors->getColor("Top17", 0xABCDEF), 0xABCDEFu);
         QCOMPARE(colors->getColor("Top17", 0), 0xABCDEFu);   // the cached default
-        QCOMPARE(install.messages, QStringList{tooDeep.arg("M17")});
+        QCOMPARE(install.messages, QStringList{tooDeep.arg(QLatin1String("M17"), install.colorFile())});
 
         install.messages.clear();
         QCOMPARE(colors->getColor("Cycle", 0x111111), 0x111111u);
         QCOMPARE(install.messages.size(), 1);
-        QVERIFY(install.messages.first().startsWith(tooDeep.arg(QString())));
+        QVERIFY(install.messages.first().startsWith(tooDeep.section(QLatin1Char('%'), 0, 0)));
+        QVERIFY(install.messages.first().endsWith(install.colorFile()));
     }
 
     void reportsEachFailureOncePerInit()
@@ -105,7 +107,8 @@ private slots:
             QCOMPARE(colors->getColor("Trailing", 0x070809), 0x070809u);
             QCOMPARE(colors->getColor("TrailingRef", 0x0A0B0C), 0x0A0B0Cu);
         }
-        const QStringList expected{notFound.arg("Absent"), notFound.arg("Missing")};
+        const QStringList expected{notFound.arg(QLatin1String("Absent"), install.colorFile()),
+                                   notFound.arg(QLatin1String("Missing"), install.colorFile())};
         QCOMPARE(install.messages, expected);
 
         // A new init empties the cache: the failures are reported again.
@@ -157,7 +160,7 @@ private slots:
         QCOMPARE(colors->getColor("OnlyOperator", 0x42), 0x42u);
         QCOMPARE(colors->getColor("Self", 0x43), 0x43u);
         QCOMPARE(install.messages,
-                 QStringList({notFound.arg(QString()), tooDeep.arg("Self")}));
+                 QStringList({notFound.arg(QString(), install.colorFile()), tooDeep.arg(QLatin1String("Self"), install.colorFile())}));
     }
 
     void takesFileNameFromConfiguration()
@@ -226,8 +229,8 @@ private slots:
         QStringList expectedMessages;
         for (const Getter& getter : getters) {
             if (getter.get == &SCColors::getDisabledBackgroundColor)   // asks ControlReadonlyBkg first
-                expectedMessages << notFound.arg("ControlReadonlyBkg");
-            expectedMessages << notFound.arg(getter.key);
+                expectedMessages << notFound.arg(QLatin1String("ControlReadonlyBkg"), install.colorFile());
+            expectedMessages << notFound.arg(QLatin1String(getter.key), install.colorFile());
         }
         expectedMessages.removeDuplicates();
 

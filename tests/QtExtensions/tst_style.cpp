@@ -4,6 +4,8 @@
 #include "TestMain.h"
 
 #include <QApplication>
+#include <QFontDatabase>
+#include <QFontMetrics>
 #include <QScreen>
 #include <QScrollBar>
 #include <QStyleFactory>
@@ -78,6 +80,17 @@ private slots:
         QCOMPARE(FontHelper::scaleForWidth(249.0f), 0.74814814f);
         QCOMPARE(FontHelper::scaleForWidth(250.0f), 250.0f / 405.0f);
         QCOMPARE(FontHelper::scaleForWidth(405.0f), 1.0f);
+
+        // A reference family that is not installed leaves the fonts unscaled,
+        // whatever substitute the font configuration would measure instead.
+        QCOMPARE(FontHelper::scaleForFamily(QStringLiteral("No Such Reference Family 7f3a")), 1.0f);
+        // An installed one is measured as before.
+        const QString installed = QFontDatabase::families().value(0);
+        QVERIFY2(!installed.isEmpty(), "no font installed");
+        const QFont font(installed, 10);
+        const float width = float(QFontMetrics(font).horizontalAdvance(
+            QStringLiteral("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz")));
+        QCOMPARE(FontHelper::scaleForFamily(installed), FontHelper::scaleForWidth(width));
     }
 
     void createsStyleByName_data()
@@ -178,8 +191,8 @@ private slots:
 
         // Missing colours are reported, once, all of them while the palette is built.
         QVERIFY(!install.messages.isEmpty());
-        QVERIFY(install.messages.contains(
-            "Color Manager|Die Farbe >>DefaultControlBkg<< wurde nicht gefunden"));
+        QVERIFY(install.messages.contains("Color Manager|Die Farbe >>DefaultControlBkg<< wurde nicht gefunden\nFarbdatei: "
+                                          + install.colorFile()));
         QCOMPARE(install.messages.removeDuplicates(), 0);
         const int reported = int(install.messages.size());
         QCOMPARE(style->standardPalette(), palette);

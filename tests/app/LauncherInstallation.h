@@ -1,6 +1,5 @@
 #pragma once
 
-#include "KDSingleApplicationGuard_p.h"
 #include "TempInstallation.h"
 
 #include <QCoreApplication>
@@ -9,9 +8,8 @@
 #include <QFileInfo>
 #include <QProcess>
 #include <QRegularExpression>
-#include <QSharedMemory>
-#include <QSystemSemaphore>
 
+#include <functional>
 #include <memory>
 
 #include <signal.h>
@@ -31,11 +29,13 @@ class LauncherProcess
 public:
     static constexpr int Timeout = 30000;   // the test machine may be busy
 
-    LauncherProcess(const QString& program, const QProcessEnvironment& environment)
+    LauncherProcess(const QString& program, const QProcessEnvironment& environment,
+                    const QStringList& arguments = {}, const QString& workingDirectory = {})
     {
         m_process.setProcessEnvironment(environment);
         m_process.setProcessChannelMode(QProcess::MergedChannels);
-        m_process.start(program, {});
+        m_process.setWorkingDirectory(workingDirectory);
+        m_process.start(program, arguments);
     }
     ~LauncherProcess()
     {
@@ -70,6 +70,18 @@ public:
 
     // As Ctrl+C does: the launcher leaves the instance register first.
     bool interrupt() { return signal(SIGINT); }
+    // The highest resident memory of the running process so far ("VmHWM"), in MiB.
+    double peakResidentMiB() const
+    {
+        QFile status(QStringLiteral("/proc/%1/status").arg(m_process.processId()));
+        if (!status.open(QIODevice::ReadOnly))
+            return 0;
+        for (const QByteArray& line : status.readAll().split('\n')) {
+            if (line.startsWith("VmHWM:"))
+                return line.mid(6).trimmed().split(' ').value(0).toDouble() / 1024.0;
+        }
+        return 0;
+    }
     // Without any chance to clean up.
     bool kill() { return signal(SIGKILL); }
 
@@ -86,9 +98,8 @@ private:
 
 // The launcher and its modules with the files of the built bundle (sample
 // configuration, image container, translation, tax program and update
-// stand-ins) in a temporary installation. Its bundle identifier is its own, so
-// its single-instance register is not shared with any other launcher on the
-// machine. The launchers log their start-up ("start-up complete") and window
+// stand-ins) in a temporary installation. Its bundle identifier is its own, and
+// its single-instance register lies in the installation's own folders. The launchers log their start-up ("start-up complete") and window
 // activation ("main window activated") and write their message boxes to a
 // log instead of showing them.
 class LauncherInstallation : public TempInstallation
@@ -97,32 +108,26 @@ public:
     LauncherInstallation()
     {
         static int count = 0;
-        m_applicationName = QStringLiteral("startcenter-test-%1-%2").arg(QCoreApplication::applicationPid()).arg(++count);
-        const QByteArray propertyList = propertyListWithIdentifier(QStringLiteral("de.test.") + m_applicationName);
+        const QString applicationName =
+            QStringLiteral("startcenter-test-%1-%2").arg(QCoreApplication::applicationPid()).arg(++count);
+        const QByteArray propertyList = propertyListWithIdentifier(QStringLiteral("de.test.") + applicationName);
         m_ready = isValid() && !propertyList.isEmpty()
                   && copyFolder(QStringLiteral(SC_BUNDLE_RESOURCES_DIR), resourcesDir())
                   && writeFile(QStringLiteral("Start-Center.app/Contents/Info.plist"), propertyList)
                   && copyFolder(QFileInfo(QStringLiteral(SC_LAUNCHER_PATH)).path(), QFileInfo(executablePath()).path());
     }
-    // As the next start would: a register nobody is attached to goes away,
-    // and so does the lock that launchers which did not tear down left.
-    ~LauncherInstallation()
-    {
-        QSharedMemory stale;
-        setRegisterKey(stale, m_applicationName);
-        if (stale.attach())
-            stale.detach();
-        QSystemSemaphore(stale.key(), 1, QSystemSemaphore::Create);
-    }
-
     bool isReady() const { return m_ready; }
-    std::unique_ptr<LauncherProcess> start() const
+    // adjust may change the environment the launcher gets.
+    std::unique_ptr<LauncherProcess> start(const QStringList& arguments = {}, const QString& workingDirectory = {},
+                                           const std::function<void(QProcessEnvironment&)>& adjust = {}) const
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
         environment.insert(QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("startcenter.*.debug=true"));
         environment.insert(QStringLiteral("SC_MESSAGE_BOX_LOG"), boxLogPath());
-        return std::make_unique<LauncherProcess>(executablePath(), environment);
+        if (adjust)
+            adjust(environment);
+        return std::make_unique<LauncherProcess>(executablePath(), environment, arguments, workingDirectory);
     }
     // The boxes of all launchers of this installation so far, "title|text"
     // each, line breaks of the text written as \n.
@@ -158,6 +163,5 @@ private:
         return content.contains(key) ? content.replace(key, QStringLiteral("\\1") + identifier).toUtf8() : QByteArray();
     }
 
-    QString m_applicationName;
     bool m_ready = false;
 };

@@ -19,6 +19,8 @@
 #include <QToolButton>
 
 #include <cstring>
+
+#include <sys/stat.h>
 #include <utility>
 
 namespace {
@@ -124,8 +126,8 @@ private slots:
     }
 
     // A settings folder below a regular file cannot be made, also not by the
-    // administrator: the start reports it once and keeps the settings in the
-    // temporary folder.
+    // administrator: the start reports it once and keeps the settings in a
+    // private folder of the user's own, not in the shared temporary folder.
     void unusableSettingsFolderIsReportedOnce()
     {
         LauncherInstallation installation;
@@ -138,14 +140,42 @@ private slots:
         QVERIFY2(launcher->waitForOutput("start-up complete"), launcher->output().constData());
         QVERIFY(launcher->interrupt());
 
-        const QString temp = installation.home() + QStringLiteral("/tmp");
+        const QString fallback = installation.home() + QStringLiteral("/.cache/startcenter");
         QCOMPARE(installation.boxes(),
                  QStringList(QStringLiteral("Fehler|Der Konfigurationspfad <%1/blocker/settings/> konnte nicht "
                                             "gefunden werden.\\nDie eigenen Einstellungen werden gespeichert im "
                                             "Verzeichnis <%2/>.")
-                                 .arg(installation.root(), temp)));
+                                 .arg(installation.root(), fallback)));
         // The one-time defaults of the first start were stored there.
-        QVERIFY(installation.readFile(temp + QStringLiteral("/ORVKonf.user.ini")).contains("setdefaultsettings=0\r\n"));
+        QVERIFY(installation.readFile(fallback + QStringLiteral("/ORVKonf.user.ini")).contains("setdefaultsettings=0\r\n"));
+    }
+
+    // Installed files with endless tails or in the shape of a FIFO or a
+    // device: the launcher starts in its usual memory with the settings
+    // before the tails.
+    void hostileInstalledFilesStartNormally()
+    {
+        LauncherInstallation installation;
+        QVERIFY(installation.isReady());
+        const QString resources = installation.resourcesDir();
+        const auto appendSparseTail = [&](const QString& name, qint64 size) {
+            QFile file(resources + name);
+            return file.open(QIODevice::Append) && file.write(QByteArray(1, '\0')) == 1 && file.resize(size);
+        };
+        if (!appendSparseTail(QStringLiteral("ORVKonf.ini"), qint64(100) << 30)
+            || !appendSparseTail(QStringLiteral("ColorDefs.ini"), qint64(2) << 30))
+            QSKIP("no sparse files of 100 GB on this file system");
+        QVERIFY(QFile::remove(resources + QStringLiteral("default.ini")));
+        QVERIFY(::mkfifo(QFile::encodeName(resources + QStringLiteral("default.ini")).constData(), 0600) == 0);
+        QVERIFY(QFile::remove(resources + QStringLiteral("qt_de.qm")) || !QFile::exists(resources + QStringLiteral("qt_de.qm")));
+        QVERIFY(QFile::link(QStringLiteral("/dev/zero"), resources + QStringLiteral("qt_de.qm")));
+
+        const auto launcher = installation.start();
+        QVERIFY2(launcher->waitForOutput("start-up complete"), launcher->output().constData());
+        const double peakMiB = launcher->peakResidentMiB();
+        QVERIFY(launcher->interrupt());
+        QVERIFY2(peakMiB > 0 && peakMiB < 400, qPrintable(QStringLiteral("peak %1 MiB").arg(peakMiB)));
+        QCOMPARE(installation.boxes(), QStringList());
     }
 
     // The user's data folder deleted while the launcher shows it: the page
@@ -194,7 +224,7 @@ private slots:
         QCOMPARE(page->recommendedAction(), ActionPage::ActionNew);
         QVERIFY(!page->actionButton(ActionPage::ActionLast)->isEnabled());
         QCOMPARE(QDir::cleanPath(page->lastWorkDir()), QDir::cleanPath(home));
-        QVERIFY(page->findChild<QLabel*>(QStringLiteral("emptyFolderLabel"))->text().contains(home));
+        QTRY_VERIFY(page->findChild<QLabel*>(QStringLiteral("emptyFolderLabel"))->text().contains(home));
         QVERIFY(!page->findChild<QPushButton*>(QStringLiteral("overviewButton"))->isEnabled());
         QVERIFY(boxes.boxes.isEmpty());
 

@@ -1,20 +1,27 @@
 #include "KDSingleApplicationGuard.h"
+#include "KDSingleApplicationGuardFiles.h"
 #include "KDSingleApplicationGuard_p.h"
 #include "TempInstallation.h"
 #include "TestMain.h"
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QRegularExpression>
-#include <QSharedMemory>
-#include <QSystemSemaphore>
+#include <QSysInfo>
+#include <QTemporaryDir>
+#include <QUrl>
 #include <QTest>
 
 #include <cstring>
 #include <memory>
 #include <vector>
 
+#include <fcntl.h>
 #include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #ifndef GUARDPROBE_PATH
 #error "GUARDPROBE_PATH must name the guard probe program"
@@ -28,10 +35,15 @@ constexpr int LineTimeout = 20000; // generous: the test machine may be busy
 class Probe
 {
 public:
-    explicit Probe(const QString& key, const QStringList& arguments = {})
+    // wrapper: a command that runs the probe, such as setpriv with its options.
+    explicit Probe(const QString& key, const QStringList& arguments = {},
+                   const QProcessEnvironment& environment = QProcessEnvironment::systemEnvironment(),
+                   const QStringList& wrapper = {})
     {
-        m_process.setProgram(QStringLiteral(GUARDPROBE_PATH));
-        m_process.setArguments(QStringList{key} + arguments);
+        const QStringList command = wrapper + QStringList{QStringLiteral(GUARDPROBE_PATH), key} + arguments;
+        m_process.setProgram(command.first());
+        m_process.setArguments(command.mid(1));
+        m_process.setProcessEnvironment(environment);
         m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
         QObject::connect(&m_process, &QProcess::started, [this] { m_pid = m_process.processId(); });
         m_process.start();
@@ -84,7 +96,7 @@ public:
     // Exit code once ended, -1 if it does not end in time.
     int exitCode()
     {
-        if (!m_process.waitForFinished(LineTimeout))
+        if (m_process.state() != QProcess::NotRunning && !m_process.waitForFinished(LineTimeout))
             return -1;
         return m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -2;
     }
@@ -93,6 +105,7 @@ public:
         m_process.kill();
         m_process.waitForFinished(LineTimeout);
     }
+    void signal(int number) { ::kill(pid_t(pid()), number); }
 
 private:
     QProcess m_process;
@@ -109,20 +122,71 @@ QString startedLine(Probe& probe, const QString& key, const QStringList& argumen
         .arg((QStringList{QStringLiteral(GUARDPROBE_PATH), key} + arguments).join(QLatin1Char('|')));
 }
 
-// Direct access to a register, as a second user of the segment.
+// Direct access to a register of this process's environment, bypassing its
+// locks, as a faulty instance might.
 class RegisterView
 {
 public:
-    explicit RegisterView(const QString& key) { setRegisterKey(m_memory, key); }
-    bool attach() { return m_memory.attach(); }
-    // A leftover segment may already sit under the same system key.
-    bool createOrAttach() { return m_memory.create(sizeof(InstanceRegister)) || m_memory.attach(); }
-    InstanceRegister* operator->() { return static_cast<InstanceRegister*>(m_memory.data()); }
-    QString nativeKey() const { return m_memory.nativeKey(); }
+    explicit RegisterView(const QString& key)
+        : m_file(registerPath(key, QStringLiteral(".register")))
+    {
+    }
+    static QString registerPath(const QString& key, const QString& suffix)
+    {
+        return PrivateFolder().path() + QLatin1Char('/') + registerBaseName(key) + suffix;
+    }
+    bool attach()
+    {
+        m_file.open(QIODevice::ReadWrite);
+        m_register = reinterpret_cast<InstanceRegister*>(m_file.map(0, sizeof(InstanceRegister)));
+        return m_register;
+    }
+    InstanceRegister* operator->() { return m_register; }
 
 private:
-    QSharedMemory m_memory;
+    QFile m_file;
+    InstanceRegister* m_register = nullptr;
 };
+
+QProcessEnvironment environmentWith(const QStringList& settings)
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const QString& setting : settings) {
+        const QString name = setting.section(QLatin1Char('='), 0, 0);
+        if (setting.contains(QLatin1Char('=')))
+            environment.insert(name, setting.section(QLatin1Char('='), 1));
+        else
+            environment.remove(name);
+    }
+    return environment;
+}
+
+// Runs a command as the unprivileged user "nobody".
+const QStringList asOtherUser{QStringLiteral("setpriv"), QStringLiteral("--reuid=65534"),
+                              QStringLiteral("--regid=65534"), QStringLiteral("--clear-groups")};
+
+// A shell command of the other user; its exit code.
+int runAsOtherUser(const QString& command)
+{
+    QProcess process;
+    process.setProcessChannelMode(QProcess::ForwardedChannels);
+    process.start(asOtherUser.first(), asOtherUser.mid(1) + QStringList{QStringLiteral("sh"), QStringLiteral("-c"), command});
+    return process.waitForFinished(LineTimeout) && process.exitStatus() == QProcess::NormalExit ? process.exitCode()
+                                                                                                 : -1;
+}
+
+// Gone, or a zombie waiting to be reaped.
+bool hasEnded(qint64 pid)
+{
+    QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));
+    return !stat.open(QIODevice::ReadOnly) || stat.readAll().contains(") Z ");
+}
+
+int fileMode(const QString& path)
+{
+    struct stat info;
+    return ::lstat(QFile::encodeName(path).constData(), &info) == 0 ? int(info.st_mode & 07777) : -1;
+}
 
 } // namespace
 
@@ -131,15 +195,11 @@ class KDSingleApplicationGuardTest : public QObject
     Q_OBJECT
 
 private:
-    std::unique_ptr<TempInstallation> m_installation; // a private TMPDIR for the key files
+    std::unique_ptr<TempInstallation> m_installation; // private XDG folders for the registers
     QString m_savedName;
-    QStringList m_keys;
+    int m_keyCount = 0;
 
-    QString freshKey()
-    {
-        m_keys << QStringLiteral("guardtest-%1-%2").arg(QCoreApplication::applicationPid()).arg(m_keys.size());
-        return m_keys.last();
-    }
+    QString freshKey() { return QStringLiteral("guardtest-%1-%2").arg(QCoreApplication::applicationPid()).arg(++m_keyCount); }
 
 private Q_SLOTS:
     void initTestCase()
@@ -150,17 +210,7 @@ private Q_SLOTS:
     }
     void init() { QTest::failOnWarning(QRegularExpression(QStringLiteral("KDSingleApplicationGuard"))); }
     void cleanup() { QCoreApplication::setApplicationName(m_savedName); }
-    void cleanupTestCase()
-    {
-        // Processes that end without tearing down (killed, interrupted, exit(1))
-        // leave the lock of their register behind; remove them with the folder.
-        for (const QString& key : std::as_const(m_keys)) {
-            QSharedMemory memory;
-            setRegisterKey(memory, key);
-            QSystemSemaphore(memory.key(), 1, QSystemSemaphore::Create);
-        }
-        m_installation.reset();
-    }
+    void cleanupTestCase() { m_installation.reset(); }
 
     void secondStartIsReportedAndCommanded()
     {
@@ -218,7 +268,7 @@ private Q_SLOTS:
     {
         const QString key = freshKey();
         std::vector<std::unique_ptr<Probe>> probes;
-        for (int i = 0; i < 6; ++i)
+        for (int i = 0; i < 20; ++i)
             probes.push_back(std::make_unique<Probe>(key));
         Probe* primary = nullptr;
         for (const auto& probe : probes) {
@@ -260,15 +310,19 @@ private Q_SLOTS:
     {
         const QString key = freshKey();
         {
-            // The killed primary's segment outlives it with nobody attached.
+            // The killed primary's register and wake-up channel outlive it;
+            // the next start takes both over and is woken by the one after.
             Probe crashed(key);
             QCOMPARE(crashed.role(), QStringLiteral("primary"));
             crashed.killHard();
             Probe next(key);
             QCOMPARE(next.role(), QStringLiteral("primary"));
+            Probe later(key);
+            QCOMPARE(later.role(), QStringLiteral("secondary"));
+            QVERIFY(!next.take(QStringLiteral("started ") + later.pidText()).isEmpty());
         }
         {
-            // A secondary keeps the segment alive; slot 0 belongs to a dead process.
+            // A secondary keeps the register in use; slot 0 belongs to a dead process.
             auto crashed = std::make_unique<Probe>(key);
             QCOMPARE(crashed->role(), QStringLiteral("primary"));
             Probe survivor(key);
@@ -280,31 +334,157 @@ private Q_SLOTS:
             QCOMPARE(next->exitCode(), 0);
             QVERIFY(!survivor.take(QStringLiteral("became-primary")).isEmpty());
         }
+        // The last one out leaves nothing behind.
+        QVERIFY(!QFileInfo::exists(RegisterView::registerPath(key, QStringLiteral(".register"))));
+        QVERIFY(!QFileInfo::exists(RegisterView::registerPath(key, QStringLiteral(".wake"))));
+    }
+
+    void eachSessionHasItsOwnRegister()
+    {
+        const QString key = freshKey();
+        const auto session = [](const QStringList& settings) {
+            return environmentWith(QStringList{QStringLiteral("WAYLAND_DISPLAY"), QStringLiteral("XDG_SESSION_ID")}
+                                   + settings);
+        };
+        Probe first(key, {}, session({QStringLiteral("DISPLAY=:91")}));
+        QCOMPARE(first.role(), QStringLiteral("primary"));
+        Probe otherDisplay(key, {}, session({QStringLiteral("DISPLAY=:92")}));
+        QCOMPARE(otherDisplay.role(), QStringLiteral("primary"));
+        Probe otherSession(key, {}, session({QStringLiteral("DISPLAY=:91"), QStringLiteral("XDG_SESSION_ID=7")}));
+        QCOMPARE(otherSession.role(), QStringLiteral("primary"));
+        Probe sameSession(key, {}, session({QStringLiteral("DISPLAY=:91")}));
+        QCOMPARE(sameSession.role(), QStringLiteral("secondary"));
+        QVERIFY(!first.take(QStringLiteral("started ") + sameSession.pidText()).isEmpty());
+    }
+
+    void unfitRuntimeFolderFallsBackToOwnFolder()
+    {
+        const QString looseFolder = m_installation->root() + QStringLiteral("/loose-run");
+        QVERIFY(QDir().mkpath(looseFolder));
+        QVERIFY(::chmod(QFile::encodeName(looseFolder).constData(), 0755) == 0);
+        const QString linkedFolder = m_installation->root() + QStringLiteral("/linked-run");
+        QVERIFY(QFile::link(m_installation->home() + QStringLiteral("/.run"), linkedFolder));
+
+        const QString fallback = PrivateFolder::fallbackPath();
+        const QStringList runtimeSettings{QStringLiteral("XDG_RUNTIME_DIR"),
+                                          QStringLiteral("XDG_RUNTIME_DIR=") + m_installation->root() + "/missing",
+                                          QStringLiteral("XDG_RUNTIME_DIR=") + looseFolder,
+                                          QStringLiteral("XDG_RUNTIME_DIR=") + linkedFolder};
+        for (const QString& setting : runtimeSettings) {
+            const QString key = freshKey();
+            const QProcessEnvironment environment = environmentWith({setting});
+            Probe first(key, {}, environment);
+            QCOMPARE(first.role(), QStringLiteral("primary"));
+            Probe second(key, {}, environment);
+            QCOMPARE(second.role(), QStringLiteral("secondary"));
+            QVERIFY2(!first.take(QStringLiteral("started ") + second.pidText()).isEmpty(), qPrintable(setting));
+            QCOMPARE(fileMode(fallback + QLatin1Char('/') + registerBaseName(key) + QStringLiteral(".register")),
+                     0600);
+        }
+
+        // The own folder, opened up, is closed again before use.
+        QVERIFY(::chmod(QFile::encodeName(fallback).constData(), 0755) == 0);
+        const QProcessEnvironment noRuntime = environmentWith({QStringLiteral("XDG_RUNTIME_DIR")});
+        QCOMPARE(Probe(freshKey(), {}, noRuntime).role(), QStringLiteral("primary"));
+        QCOMPARE(fileMode(fallback), 0700);
+
+        // Replaced by a link, it is not used: the start goes on alone.
+        QVERIFY(QDir().rename(fallback, fallback + QStringLiteral(".real")));
+        QVERIFY(QFile::link(fallback + QStringLiteral(".real"), fallback));
+        qunsetenv("XDG_RUNTIME_DIR");
+        QCoreApplication::setApplicationName(freshKey());
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral(
+                                               "^KDSingleApplicationGuard: instance register unavailable, running as "
+                                               "a lone instance: .*kdsingleapp-.* is a symbolic link$")));
+        QVERIFY(!KDSingleApplicationGuard().isOperational());
+        qputenv("XDG_RUNTIME_DIR", QFile::encodeName(m_installation->home() + QStringLiteral("/.run")));
+        QVERIFY(QFile::remove(fallback));
+        QVERIFY(QDir().rename(fallback + QStringLiteral(".real"), fallback));
+    }
+
+    void wakeUpIsOnlyAShortcut()
+    {
+        const QString key = freshKey();
+        Probe primary(key);
+        QCOMPARE(primary.role(), QStringLiteral("primary"));
+
+        // Without the channel, the next look at the register finds the start.
+        QVERIFY(QFile::remove(RegisterView::registerPath(key, QStringLiteral(".wake"))));
+        Probe second(key, {QStringLiteral("--exit-after=0")});
+        QCOMPARE(second.exitCode(), 0);
+        QVERIFY(!primary.take(QStringLiteral("started ") + second.pidText()).isEmpty());
+
+        // A stopped primary: a later start hands over and ends all the same.
+        primary.signal(SIGSTOP);
+        Probe third(key, {QStringLiteral("--exit-after=0")});
+        QCOMPARE(third.role(), QStringLiteral("secondary"));
+        QTRY_VERIFY_WITH_TIMEOUT(hasEnded(third.pid()), LineTimeout);
+        primary.signal(SIGCONT);
+        QCOMPARE(third.exitCode(), 0);
+        QVERIFY(!primary.take(QStringLiteral("started ") + third.pidText()).isEmpty());
+    }
+
+    // Only as root: the other user is "nobody", through setpriv.
+    void otherUserCannotReachTheRegister()
+    {
+        if (geteuid() != 0)
+            QSKIP("needs root to run the attacks as a second user id");
+        QTemporaryDir shared(QStringLiteral("/tmp/guard-attack-XXXXXX"));
+        QVERIFY(shared.isValid());
+        QVERIFY(::chmod(QFile::encodeName(shared.path()).constData(), 01777) == 0);
+        const QString key = freshKey();
+        const QString name = registerBaseName(key);
+        const QString secret = QStringLiteral("secret-case-file");
+
+        // The other user's own folder, where its own live primary of the same
+        // name runs.
+        const QString theirs = shared.path() + QStringLiteral("/theirs");
+        QCOMPARE(runAsOtherUser(QStringLiteral("mkdir -m 0700 ") + theirs), 0);
+        Probe theirPrimary(key, {}, environmentWith({QStringLiteral("XDG_RUNTIME_DIR=") + theirs}), asOtherUser);
+        QCOMPARE(theirPrimary.role(), QStringLiteral("primary"));
+        // The shared folder itself, with a register open to everybody and a
+        // folder where the wake-up channel goes.
+        QCOMPARE(runAsOtherUser(QStringLiteral("printf 'kdsingleapp\\0' > %1/%2.register && chmod 0666 %1/%2.register "
+                                               "&& mkdir %1/%2.wake")
+                                    .arg(shared.path(), name)),
+                 0);
+        for (const QString& runtime : {theirs, shared.path()}) {
+            const QProcessEnvironment environment = environmentWith({QStringLiteral("XDG_RUNTIME_DIR=") + runtime});
+            Probe first(key, {}, environment);
+            QCOMPARE(first.role(), QStringLiteral("primary"));
+            Probe second(key, {secret}, environment);
+            QCOMPARE(second.role(), QStringLiteral("secondary"));
+            QVERIFY(first.take(QStringLiteral("started ") + second.pidText()).contains(secret));
+            // Nothing of it can the other user read, nor did it reach their files.
+            QVERIFY(runAsOtherUser(QStringLiteral("cat '%1'/*.register").arg(PrivateFolder::fallbackPath())) != 0);
+            QCOMPARE(runAsOtherUser(QStringLiteral("! grep -rq %1 %2").arg(secret, shared.path())), 0);
+        }
+        theirPrimary.send("instances");
+        QCOMPARE(theirPrimary.take(QStringLiteral("instances")), QStringLiteral("instances ") + theirPrimary.pidText());
+
+        // A slot naming the other user's live process is no instance of ours.
         {
-            // Everybody in the register died while someone outside it holds the segment.
+            auto crashed = std::make_unique<Probe>(key);
+            QCOMPARE(crashed->role(), QStringLiteral("primary"));
+            Probe survivor(key);
+            QCOMPARE(survivor.role(), QStringLiteral("secondary"));
+            crashed->killHard();
             RegisterView view(key);
-            Probe crashed(key);
-            QCOMPARE(crashed.role(), QStringLiteral("primary"));
             QVERIFY(view.attach());
-            Probe alsoCrashed(key);
-            QCOMPARE(alsoCrashed.role(), QStringLiteral("secondary"));
-            crashed.killHard();
-            alsoCrashed.killHard();
-            Probe next(key);
-            QCOMPARE(next.role(), QStringLiteral("primary"));
-            QCOMPARE(view->processInfo[0].pid, next.pid());
-            for (int i = 1; i < InstanceRegister::SlotCount; ++i)
-                QVERIFY(view->processInfo[i].isFree());
+            view->processInfo[0].pid = theirPrimary.pid();
+            QCOMPARE(Probe(key).role(), QStringLiteral("primary"));
         }
-        {
-            // A key file left in the temporary folder without a segment behind it.
-            const QString staleKey = freshKey();
-            QFile stale(RegisterView(staleKey).nativeKey());
-            QVERIFY(stale.open(QIODevice::WriteOnly));
-            stale.close();
-            Probe next(staleKey);
-            QCOMPARE(next.role(), QStringLiteral("primary"));
-        }
+
+        // The folder the user's own would be, made by the other user with a
+        // register in it: the guard stays out of it, the start goes on alone.
+        const QString planted = shared.path() + QStringLiteral("/kdsingleapp-")
+                              + QString::fromLatin1(QUrl::toPercentEncoding(QSysInfo::machineHostName()));
+        QCOMPARE(runAsOtherUser(QStringLiteral("mkdir -m 0777 %1 && cp %2/%3.register %1/").arg(planted, shared.path(), name)),
+                 0);
+        Probe alone(key, {secret},
+                    environmentWith({QStringLiteral("XDG_RUNTIME_DIR"), QStringLiteral("XDG_CACHE_HOME=") + shared.path()}));
+        QCOMPARE(alone.role(), QStringLiteral("non-operational"));
+        QCOMPARE(runAsOtherUser(QStringLiteral("! grep -rq %1 %2").arg(secret, shared.path())), 0);
     }
 
     void argumentStorageNeverOverruns()
@@ -352,9 +532,14 @@ private Q_SLOTS:
         QVERIFY(KDSingleApplicationGuard::Instance().isValid()); // deliberately inverted
         QCOMPARE(KDSingleApplicationGuard::Instance().pid(), -1);
 
+        // Only a register somebody uses is read as it is; a live primary keeps it.
         const QString garbledKey = freshKey();
+        Probe owner(garbledKey);
+        QCOMPARE(owner.role(), QStringLiteral("primary"));
         RegisterView garbled(garbledKey);
-        QVERIFY(garbled.createOrAttach());
+        QVERIFY(garbled.attach());
+        char header[16];
+        std::memcpy(header, garbled->signature, sizeof header);
         std::memcpy(garbled->signature, "notaregister", 12);
         QCoreApplication::setApplicationName(garbledKey);
         QTest::ignoreMessage(QtWarningMsg, "KDSingleApplicationGuard: Instance not responding. ");
@@ -364,10 +549,22 @@ private Q_SLOTS:
             QVERIFY(!guard.isPrimaryInstance());
         }
 
-        garbled->initialise(KDSingleApplicationGuard::NoPolicy);
+        std::memcpy(garbled->signature, header, sizeof header);
         garbled->bitFields |= 3u << 28;
         QTest::ignoreMessage(QtWarningMsg, "KDSingleApplicationGuard: Detected version mismatch. Highest supported "
                                            "version: 0d, actual version: 3d");
+        QVERIFY(!KDSingleApplicationGuard().isOperational());
+        std::memcpy(garbled->signature, header, sizeof header);
+
+        // A lock that a hung process keeps is given up after a few seconds.
+        QFile held(RegisterView::registerPath(garbledKey, QStringLiteral(".register")));
+        QVERIFY(held.open(QIODevice::ReadWrite));
+        struct flock accessLock = {};
+        accessLock.l_type = F_WRLCK;
+        accessLock.l_whence = SEEK_SET;
+        accessLock.l_len = 1;
+        QVERIFY(::fcntl(held.handle(), F_OFD_SETLK, &accessLock) == 0);
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("lock is held by another process$")));
         QVERIFY(!KDSingleApplicationGuard().isOperational());
     }
 

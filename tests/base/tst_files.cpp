@@ -9,6 +9,8 @@
 
 #include <functional>
 
+#include <sys/stat.h>
+
 namespace {
 
 // The text of the xNvMessageExc that action throws; "" when it throws none.
@@ -96,6 +98,17 @@ private slots:
         QCOMPARE(file.readIntoBuffer(buffer), 8);
         QCOMPARE(std::string(buffer.getConst(), buffer.getSize()), std::string("vor\0nach", 8));
         QVERIFY(buffer.isValid());
+
+        // A FIFO or an endless device is neither waited for nor read.
+        const std::string fifo = (installation.root() + "/fifo").toStdString();
+        QVERIFY(::mkfifo(fifo.c_str(), 0600) == 0);
+        for (const std::string& path : {fifo, std::string("/dev/zero")}) {
+            text = "unchanged";
+            QCOMPARE(cFile(path).ReadIntoString(text), 0);
+            QCOMPARE(text, std::string("unchanged"));
+            QCOMPARE(cFile(path).readIntoBuffer(buffer), 0);
+        }
+        QCOMPARE(cFile(fifo).GetFilelength(), 0);
 
         QVERIFY(file.Remove());
         QVERIFY(!file.Exists());

@@ -20,6 +20,8 @@ TempInstallation::TempInstallation()
     root.mkpath(QStringLiteral("home/.cache"));
     root.mkpath(QStringLiteral("home/.local/state"));
     root.mkpath(QStringLiteral("home/Documents"));
+    root.mkpath(QStringLiteral("home/.run"));
+    QFile::setPermissions(home() + QStringLiteral("/.run"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     root.mkpath(QStringLiteral("shared"));
     root.mkpath(QStringLiteral("Start-Center.app/Contents/MacOS"));
     root.mkpath(QStringLiteral("Start-Center.app/Contents/Resources"));
@@ -31,6 +33,7 @@ TempInstallation::TempInstallation()
     setEnv("XDG_CACHE_HOME", home() + QStringLiteral("/.cache"));
     setEnv("XDG_STATE_HOME", home() + QStringLiteral("/.local/state"));
     setEnv("XDG_DOCUMENTS_DIR", home() + QStringLiteral("/Documents"));
+    setEnv("XDG_RUNTIME_DIR", home() + QStringLiteral("/.run"));
     setEnv("SC_COMMON_APPDATA", m_dir.path() + QStringLiteral("/shared"));
 
     CrossPlatformApi::overrideExecutablePath(executablePath().toLocal8Bit().toStdString());
@@ -72,6 +75,19 @@ bool TempInstallation::writeFile(const QString& relativePath, const QByteArray& 
     QDir().mkpath(QFileInfo(path).absolutePath());
     QFile file(path);
     return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(content) == content.size();
+}
+
+bool TempInstallation::addStandInProgram(const QString& name, const QByteArray& shellCommands)
+{
+    const QString folder = root() + QStringLiteral("/bin");
+    const QString path = folder + QLatin1Char('/') + name;
+    if (!writeFile(QStringLiteral("bin/") + name, "#!/bin/sh\n" + shellCommands + '\n')
+        || !QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner))
+        return false;
+    const QString searchPath = qEnvironmentVariable("PATH");
+    if (!searchPath.startsWith(folder + QLatin1Char(':')))
+        setEnv("PATH", folder + QLatin1Char(':') + searchPath);
+    return true;
 }
 
 bool TempInstallation::writeResource(const QString& name, const QByteArray& content) const

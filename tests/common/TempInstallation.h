@@ -37,6 +37,10 @@ public:
     bool writeResource(const QString& name, const QByteArray& content) const;
     QByteArray readFile(const QString& path) const;
 
+    // A program that tests put in place of a system one: <root>/bin/name
+    // running the shell commands given, that folder first in PATH.
+    bool addStandInProgram(const QString& name, const QByteArray& shellCommands);
+
     // Copies the sample installation of the source tree (demo/Resources) into
     // the bundle's Resources folder.
     bool copyDemoResources() const;

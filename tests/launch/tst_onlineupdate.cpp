@@ -160,6 +160,18 @@ private slots:
         QCOMPARE(controller()->check(), 85);
         QCOMPARE(controller()->lastExitCodeText(), QString(texts[3]));
         QCOMPARE(controller()->getDaysSinceLastVersionCheck(), -1);   // no check took place
+
+        // Only a check that reached its verdict moves the date of the last check.
+        QVERIFY(QFile::setPermissions(install.programPath(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+        install.writeStatistics("LastCheck=" + daysAgo(5) + "\n");
+        for (const int failure : {81, 1, 97}) {
+            install.setAnswers("check=" + QByteArray::number(failure) + "\n");
+            QCOMPARE(controller()->check(), failure);
+            QCOMPARE(controller()->getDaysSinceLastVersionCheck(), 5);
+        }
+        install.setAnswers("check=0\n");
+        QCOMPARE(controller()->check(), 0);
+        QCOMPARE(controller()->getDaysSinceLastVersionCheck(), 0);
     }
 
     void recentOfflineDataSparesTheOnlineCheck()

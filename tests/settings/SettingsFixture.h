@@ -36,7 +36,7 @@ public:
         m_previous = CrossPlatformApi::setMessageBoxHandler([this](const MessageBoxRequest& request) {
             boxes << request.title + QLatin1Char('|') + request.text;
             MessageBoxAnswer answer;
-            answer.button = QMessageBox::Ok;
+            answer.button = this->answer;
             return answer;
         });
     }
@@ -45,6 +45,7 @@ public:
     MessageBoxRecorder& operator=(const MessageBoxRecorder&) = delete;
 
     QStringList boxes;
+    QMessageBox::StandardButton answer = QMessageBox::Ok;
 
 private:
     CrossPlatformApi::MessageBoxHandler m_previous;

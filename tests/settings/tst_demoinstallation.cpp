@@ -142,8 +142,21 @@ private slots:
         }
     }
 
-    void userFoldersResolveBelowHome()
+    // The folders follow the XDG variables (their defaults when unset); the
+    // folders the launcher makes are private, folders it finds stay as they are.
+    void userFoldersFollowXdgAndArePrivate()
     {
+        const QString home = m_install->home();
+        const QString config = m_install->root() + QStringLiteral("/xdg config");
+        const QString state = m_install->root() + QStringLiteral("/xdg state");
+        qputenv("XDG_CONFIG_HOME", QFile::encodeName(config));
+        qputenv("XDG_STATE_HOME", QFile::encodeName(state));
+        const QString documents = fromLatin1(CrossPlatformApi::getSystemFolder(CrossPlatformApi::SysMyDocuments));
+        QVERIFY(QDir().mkpath(documents));
+        QVERIFY(QFile::setPermissions(documents, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner
+                                                     | QFile::ReadOther | QFile::ExeOther));
+        const QFile::Permissions documentsBefore = QFileInfo(documents).permissions();
+
         const std::string konf = resource("ORVKonf.ini");
         FolderManager::theInstance()->parseSection(konf, "DirectorySymbols");
         FolderManager::theInstance()->parseSection(konf, "DirectoryDefs");
@@ -152,12 +165,8 @@ private slots:
         QVERIFY(FolderManager::theInstance()->ensureFolderExists("<COMMONSETTINGS>"));
         QVERIFY(FolderManager::theInstance()->ensureFolderExists("<COMMONLOGFILES>"));
 
-        const QString home = m_install->home();
-        QCOMPARE(fromLatin1(settings->getUserSettingsPath()), home + QStringLiteral("/.config/Marvendo/ORV17/Start-Center/"));
-        const QString documents = fromLatin1(CrossPlatformApi::getSystemFolder(CrossPlatformApi::SysMyDocuments));
+        QCOMPARE(fromLatin1(settings->getUserSettingsPath()), config + QStringLiteral("/Marvendo/ORV17/Start-Center/"));
         QCOMPARE(fromLatin1(settings->getHomeDataPath()), documents + QStringLiteral("/Orvane Steuerf\u00E4lle/"));
-        QVERIFY(QFileInfo(documents + QStringLiteral("/Orvane Steuerf\u00E4lle")).isDir());
-        QVERIFY(QFileInfo(home + QStringLiteral("/.local/share/Marvendo/Orvane/Settings")).isDir());
 
         // Every mode opens; the first switch applies default.ini once.
         for (const QString& mode : validModes()) {
@@ -168,6 +177,30 @@ private slots:
         QCOMPARE(settings->GetString("StartCenter", "OnORVStart", ""), std::string("Minimize"));
         QVERIFY(settings->IsInUserGlobalIni("StartCenter", "OnORVStart"));
         QCOMPARE(m_install->boxes.boxes, QStringList());
+
+        const auto privateFolder = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadUser
+                                 | QFile::WriteUser | QFile::ExeUser;
+        const auto privateFile = QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser;
+        for (const QString& folder : {config + QStringLiteral("/Marvendo"), config + QStringLiteral("/Marvendo/ORV17/Start-Center"),
+                                      documents + QStringLiteral("/Orvane Steuerf\u00E4lle"),
+                                      home + QStringLiteral("/.local/share/Marvendo/Orvane/Settings"),
+                                      state + QStringLiteral("/Marvendo/Orvane/Logfiles")})
+            QVERIFY2(QFileInfo(folder).isDir() && QFileInfo(folder).permissions() == privateFolder, qPrintable(folder));
+        const QString userIni = fromLatin1(settings->getUserGlobalIniPath());
+        QVERIFY2(QFileInfo(userIni).permissions() == privateFile, qPrintable(userIni));
+        QCOMPARE(QFileInfo(documents).permissions(), documentsBefore);
+
+        // Unset, the variables fall back to their folders below the home folder.
+        qunsetenv("XDG_CONFIG_HOME");
+        qunsetenv("XDG_STATE_HOME");
+        resetSettingsSingletons();
+        FolderManager::theInstance()->parseSection(konf, "DirectorySymbols");
+        FolderManager::theInstance()->parseSection(konf, "DirectoryDefs");
+        QVERIFY(cNvWinIni::theInstance()->setGlobalIniName(cszNvWinIniName));
+        QCOMPARE(fromLatin1(cNvWinIni::theInstance()->getUserSettingsPath()),
+                 home + QStringLiteral("/.config/Marvendo/ORV17/Start-Center/"));
+        QVERIFY(FolderManager::theInstance()->ensureFolderExists("<COMMONLOGFILES>"));
+        QVERIFY(QFileInfo(home + QStringLiteral("/.local/state/Marvendo/Orvane/Logfiles")).isDir());
     }
 
 private:

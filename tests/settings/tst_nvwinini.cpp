@@ -2,12 +2,21 @@
 #include "TempInstallation.h"
 #include "TestMain.h"
 
+#include "ApplicationInfo.h"
 #include "Exceptions.h"
+#include "StringFunctions.h"
 
 #include <QDir>
 #include <QFileInfo>
+#include <QMap>
+#include <QScopeGuard>
 
 #include <memory>
+
+#include <pwd.h>
+#include <sys/inotify.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 // The layered settings against real files: ORVKonf.ini with two modes, their
 // mode files, and the user's copies in a folder of their own.
@@ -111,13 +120,13 @@ private slots:
     void configuredFolders_data()
     {
         QTest::addColumn<QByteArray>("userSettings");
-        QTest::addColumn<QString>("expected");   // "@root", "@app" and "@temp" stand for those folders
+        QTest::addColumn<QString>("expected");   // "@root", "@app" and "@private" (the private fallback) stand for those folders
 
         QTest::newRow("variable") << QByteArray("%SC_TEST_SETTINGS%/c") << QStringLiteral("@root/env/c/");
         QTest::newRow("unset variable") << QByteArray("/x/%SC_TEST_UNSET%/y") << QStringLiteral("@app/");
         QTest::newRow("empty") << QByteArray() << QStringLiteral("@app/");
         QTest::newRow("relative") << QByteArray("Eigene/Daten") << QStringLiteral("@app/Eigene/Daten/");
-        QTest::newRow("uncreatable") << QByteArray("@root/blocker/sub") << QStringLiteral("@temp/");
+        QTest::newRow("uncreatable") << QByteArray("@root/blocker/sub") << QStringLiteral("@private/");
     }
 
     void configuredFolders()
@@ -127,7 +136,7 @@ private slots:
         const auto resolve = [this](QString text) {
             return text.replace("@root", m_install->root())
                 .replace("@app/", m_install->resourcesDir())
-                .replace("@temp", qEnvironmentVariable("TMPDIR"));
+                .replace("@private", qEnvironmentVariable("XDG_CACHE_HOME") + "/startcenter");
         };
         qputenv("SC_TEST_SETTINGS", m_install->root().toLatin1() + "/env");
         m_install->writeFile("blocker", "a file, not a folder");
@@ -142,8 +151,8 @@ private slots:
 
         const QStringList fallbackReport{
             resolve("Fehler|Der Konfigurationspfad <@root/blocker/sub/> konnte nicht gefunden werden.\n"
-                    "Die eigenen Einstellungen werden gespeichert im Verzeichnis <@temp/>.")};
-        QCOMPARE(m_install->boxes.boxes, expected == "@temp/" ? fallbackReport : QStringList());
+                    "Die eigenen Einstellungen werden gespeichert im Verzeichnis <@private/>.")};
+        QCOMPARE(m_install->boxes.boxes, expected == "@private/" ? fallbackReport : QStringList());
 
         // The home data folder is made too (again when it has gone); its symbol
         // keeps the configured text.
@@ -174,6 +183,52 @@ private slots:
         QCOMPARE(get("Foo"), "mine");
     }
 
+    // Applying a settings file in bulk leaves the user files as key-by-key
+    // writes do, each written once.
+    void bulkApplyWritesEachUserFileOnce()
+    {
+        m_install->writeResource("default.ini", "[Start]\nGlobalOnly=fromDefault\nShared=d\nNeu=1\n"
+                                                "[Andere]\nx=y\nleer=\n");
+        const std::string defaults = cApplicationInfo::theInstance()->getFilenameInAppDir("default.ini");
+        QVERIFY(settings()->setGlobalIniName(cszNvWinIniName));
+        settings()->setModus("normal");
+        for (const std::string& section : CrossPlatformApi::getIniSections(defaults)) {
+            for (const std::string& entry : CrossPlatformApi::getIniSectionEntries(section, defaults)) {
+                std::string key;
+                std::string value;
+                QVERIFY(StringFunctions::split(entry, "=", key, value));
+                settings()->WriteString(section.c_str(), key.c_str(), value.c_str());
+            }
+        }
+        const QByteArray globalOneByOne = m_install->readFile(userDir() + "ORVKonf.user.ini");
+        const QByteArray modeOneByOne = m_install->readFile(userDir() + "normal.user.ini");
+        QVERIFY(globalOneByOne.contains("globalonly=fromDefault"));
+        QVERIFY(modeOneByOne.contains("x=y"));
+        QVERIFY(QFile::remove(userDir() + "ORVKonf.user.ini") && QFile::remove(userDir() + "normal.user.ini"));
+        cNvWinIni::resetInstance();
+        QVERIFY(settings()->setGlobalIniName(cszNvWinIniName));
+        settings()->setModus("normal");
+
+        const int events = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+        QVERIFY(events >= 0);
+        QVERIFY(inotify_add_watch(events, QFile::encodeName(userDir()).constData(), IN_MOVED_TO | IN_CLOSE_WRITE) >= 0);
+        QVERIFY(settings()->applyIniSettings(defaults));
+        QMap<QString, int> writes;
+        alignas(inotify_event) char buffer[8192];
+        for (ssize_t size; (size = read(events, buffer, sizeof buffer)) > 0;) {
+            for (char* at = buffer; at < buffer + size;) {
+                const auto* event = reinterpret_cast<const inotify_event*>(at);
+                ++writes[QFile::decodeName(event->name)];
+                at += sizeof(inotify_event) + event->len;
+            }
+        }
+        close(events);
+        QCOMPARE(writes.value(QStringLiteral("ORVKonf.user.ini")), 1);
+        QCOMPARE(writes.value(QStringLiteral("normal.user.ini")), 1);
+        QCOMPARE(m_install->readFile(userDir() + "ORVKonf.user.ini"), globalOneByOne);
+        QCOMPARE(m_install->readFile(userDir() + "normal.user.ini"), modeOneByOne);
+    }
+
     void removeUserModusIniFilesDeletesUserCopies()
     {
         QVERIFY(settings()->setGlobalIniName(cszNvWinIniName));
@@ -188,6 +243,64 @@ private slots:
         QCOMPARE(QDir(userDir()).entryList(QDir::Files), QStringList());
         QCOMPARE(get("Shared"), "fromNormal");
         QCOMPARE(get("GlobalOnly"), "global");
+    }
+
+    // The fallback for an uncreatable settings folder is used only while it
+    // is a real folder of the user's own: another user's folder or a link
+    // there is passed over for the next candidate, with none left the
+    // settings live for the session only, and a fallback that turns into a
+    // link later takes no more writes.
+    void fallbackFolderMustStayPrivate()
+    {
+        const QByteArray savedRuntime = qgetenv("XDG_RUNTIME_DIR");
+        const QString runtime = m_install->root() + "/runtime";
+        const QString elsewhere = m_install->root() + "/elsewhere";
+        QVERIFY(QDir().mkpath(runtime) && QDir().mkpath(elsewhere));
+        QVERIFY(::chmod(runtime.toLocal8Bit().constData(), 0700) == 0);
+        qputenv("XDG_RUNTIME_DIR", runtime.toLocal8Bit());
+        const auto restore = qScopeGuard([&] { qputenv("XDG_RUNTIME_DIR", savedRuntime); });
+        m_install->writeFile("blocker", "a file, not a folder");
+        writeKonf(m_install->root().toLatin1() + "/blocker/sub");
+        const QString cacheFallback = qEnvironmentVariable("XDG_CACHE_HOME") + "/startcenter";
+        QVERIFY(QDir().mkpath(qEnvironmentVariable("XDG_CACHE_HOME")));
+        // Pre-created by another user where that can be arranged, else a link.
+        const passwd* nobody = ::geteuid() == 0 ? ::getpwnam("nobody") : nullptr;
+        if (nobody) {
+            QVERIFY(QDir().mkpath(cacheFallback));
+            QVERIFY(::chown(cacheFallback.toLocal8Bit().constData(), nobody->pw_uid, nobody->pw_gid) == 0);
+            QVERIFY(::chmod(cacheFallback.toLocal8Bit().constData(), 0700) == 0);
+        } else {
+            QVERIFY(QFile::link(elsewhere, cacheFallback));
+        }
+
+        QVERIFY(settings()->setGlobalIniName(cszNvWinIniName));
+        QCOMPARE(fromLatin1(settings()->getUserSettingsPath()), runtime + "/startcenter/");
+        QCOMPARE(QFileInfo(runtime + "/startcenter").permissions(),
+                 QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadUser | QFile::WriteUser
+                     | QFile::ExeUser);
+        QVERIFY(m_install->boxes.boxes.value(0).endsWith("im Verzeichnis <" + runtime + "/startcenter/>."));
+
+        // Swapped for a link after the start: the write is refused.
+        QVERIFY(QDir(runtime + "/startcenter").removeRecursively());
+        QVERIFY(QFile::link(elsewhere, runtime + "/startcenter"));
+        QVERIFY(!settings()->WriteString("Start", "GlobalOnly", "mine"));
+
+        // No private folder at all: values for this session only, on no disk.
+        resetSettingsSingletons();
+        m_install->boxes.boxes.clear();
+        QVERIFY(settings()->setGlobalIniName(cszNvWinIniName));
+        settings()->setModus("normal");
+        QCOMPARE(m_install->boxes.boxes.value(0),
+                 "Fehler|Der Konfigurationspfad <" + m_install->root()
+                     + "/blocker/sub/> konnte nicht gefunden werden.\nDie eigenen Einstellungen werden nur "
+                       "f\u00fcr diese Sitzung behalten und nicht gespeichert.");
+        QVERIFY(settings()->WriteString("Start", "GlobalOnly", "mine"));
+        QVERIFY(settings()->WriteString("Start", "Unknown", "session"));
+        QCOMPARE(get("GlobalOnly"), "mine");
+        QCOMPARE(get("Unknown"), "session");
+        QCOMPARE(QDir(elsewhere).entryList(QDir::Files), QStringList());
+        QCOMPARE(QDir(cacheFallback).entryList(QDir::Files), QStringList());
+        QCOMPARE(QDir(m_install->resourcesDir()).entryList({"*.user.ini"}, QDir::Files), QStringList());
     }
 
 private:

@@ -15,6 +15,7 @@
 #include <grp.h>
 #include <pwd.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -55,6 +56,19 @@ QStringList runInChild(const std::function<QStringList()>& check, int& exitCode)
     ::waitpid(child, &status, 0);
     exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     return QString::fromUtf8(failures).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+}
+
+// The highest resident memory this process has had, in KiB.
+long peakResidentKiB()
+{
+    rusage usage{};
+    ::getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss;
+}
+
+std::string native(const QString& path)
+{
+    return path.toLocal8Bit().toStdString();
 }
 
 } // namespace
@@ -193,6 +207,112 @@ private slots:
             left << file.absoluteFilePath();
         left.sort();
         QCOMPARE(left, (QStringList{ownTemporary, otherFile}));
+    }
+
+    // Files that never end, never deliver or are no files at all are read in
+    // bounded memory: the settings before a long tail are seen, the rest is
+    // not read. Lines that cross the reader's chunks are read whole.
+    void hostileIniFilesAreReadInBoundedMemory()
+    {
+        const QString folder = m_install->root() + QStringLiteral("/hostile/");
+        QVERIFY(QDir().mkpath(folder));
+        const long peakBefore = peakResidentKiB();
+
+        QFile sparse(folder + QStringLiteral("sparse.ini"));
+        QVERIFY(sparse.open(QIODevice::WriteOnly));
+        sparse.write("[Start]\nBefore=kept\n");
+        if (!sparse.resize(qint64(100) << 30))
+            QSKIP("no sparse file of 100 GB on this file system");
+        sparse.close();
+        cIniFile tail(native(sparse.fileName()), false, false);
+        QCOMPARE(tail.GetString("Start", "Before", ""), std::string("kept"));
+
+        QVERIFY(QFile::link(QStringLiteral("/dev/zero"), folder + QStringLiteral("zero.ini")));
+        QVERIFY(::mkfifo(native(folder + QStringLiteral("fifo.ini")).c_str(), 0600) == 0);
+        QVERIFY(QDir().mkpath(folder + QStringLiteral("folder.ini")));
+        for (const char* name : {"zero.ini", "fifo.ini", "folder.ini"}) {
+            cIniFile refused(native(folder + QLatin1String(name)), false, false);
+            QVERIFY2(refused.GetSections().empty(), name);
+        }
+        QVERIFY2(peakResidentKiB() - peakBefore < 64 * 1024,
+                 qPrintable(QStringLiteral("peak grew by %1 KiB").arg(peakResidentKiB() - peakBefore)));
+
+        QByteArray many;
+        for (int i = 0; i < 6000; ++i)
+            many += "key" + QByteArray::number(i) + " = value " + QByteArray::number(i) + "\r\n";
+        many += "last=" + QByteArray(4090, 'v') + "\n" + "tooLong=" + QByteArray(4090, 'w') + "\nafter=1\n";
+        QVERIFY(m_install->writeFile(QStringLiteral("hostile/many.ini"), "[S]\n" + many));
+        cIniFile ini(native(folder + QStringLiteral("many.ini")), false, false);
+        const cIniFile::KeyMap* keys = ini.FindSection("s");
+        QVERIFY(keys);
+        QCOMPARE(keys->size(), std::size_t(6001));
+        QCOMPARE(ini.GetString("S", "key4321", ""), std::string("value 4321"));
+        QCOMPARE(ini.GetString("S", "last", "").size(), std::size_t(4090));
+        QCOMPARE(ini.GetString("S", "after", "-"), std::string("-"));
+    }
+
+    // A file that several parts open is parsed once while it stays as it
+    // was, but every change is seen, also one that keeps its size, and each
+    // way of parsing gets its own result.
+    void repeatedReadsSeeEveryChange()
+    {
+        const QString path = m_install->root() + QStringLiteral("/settled.ini");
+        QVERIFY(m_install->writeFile(QStringLiteral("settled.ini"), "[Start]\nKey=one\n"));
+        QThread::msleep(2200);   // only files that have settled are kept
+        QCOMPARE(cIniFile(native(path), false, false).GetString("start", "key", ""), std::string("one"));
+        QCOMPARE(cIniFile(native(path), false, false).GetString("start", "key", ""), std::string("one"));
+        const cIniFile caseSensitive(native(path), true, false);
+        QVERIFY(caseSensitive.FindKey("Start", "Key") && !caseSensitive.FindKey("start", "key"));
+
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("[Start]\nKey=two\n");
+        file.close();
+        QCOMPARE(cIniFile(native(path), false, false).GetString("start", "key", ""), std::string("two"));
+    }
+
+    // A write never goes through a link of another user's or to another
+    // user's file; the user's own link to the user's own file is written
+    // through, and a new file is the user's alone.
+    void writesFollowOnlyTheUsersOwnLinks()
+    {
+        if (::geteuid() != 0)
+            QSKIP("needs a second user id: runs as the administrator only");
+        const passwd* nobody = ::getpwnam("nobody");
+        if (!nobody)
+            QSKIP("no user \"nobody\"");
+        const QString folder = m_install->root() + QStringLiteral("/links/");
+        QVERIFY(QDir().mkpath(folder));
+        const auto file = [&](const char* name) { return native(folder + QLatin1String(name)); };
+        const auto write = [&](const char* name) {
+            cIniFile ini(file(name), false, false);
+            ini.WriteString("s", "k", "written");
+        };
+        const QByteArray victimText = "the victim's notes\n";
+        QVERIFY(m_install->writeFile(QStringLiteral("links/victim.txt"), victimText));
+        QVERIFY(::chown(file("victim.txt").c_str(), nobody->pw_uid, nobody->pw_gid) == 0);
+        QVERIFY(m_install->writeFile(QStringLiteral("links/own.ini"), "[s]\nk=old\n"));
+
+        QVERIFY(::symlink(file("victim.txt").c_str(), file("foreignLink.ini").c_str()) == 0);
+        QVERIFY(::lchown(file("foreignLink.ini").c_str(), nobody->pw_uid, nobody->pw_gid) == 0);
+        QVERIFY(::symlink(file("own.ini").c_str(), file("foreignLinkToOwn.ini").c_str()) == 0);
+        QVERIFY(::lchown(file("foreignLinkToOwn.ini").c_str(), nobody->pw_uid, nobody->pw_gid) == 0);
+        QVERIFY(::symlink(file("victim.txt").c_str(), file("ownLinkToForeign.ini").c_str()) == 0);
+        QVERIFY(::symlink(file("own.ini").c_str(), file("ownLink.ini").c_str()) == 0);
+        QVERIFY(::symlink(file("missing.ini").c_str(), file("dangling.ini").c_str()) == 0);
+        for (const char* name : {"foreignLink.ini", "foreignLinkToOwn.ini", "ownLinkToForeign.ini", "victim.txt",
+                                 "dangling.ini", "ownLink.ini", "new.ini"})
+            write(name);
+
+        QCOMPARE(m_install->readFile(folder + QStringLiteral("victim.txt")), victimText);
+        QVERIFY(QFileInfo(folder + QStringLiteral("foreignLink.ini")).isSymLink());
+        QVERIFY(!QFileInfo::exists(folder + QStringLiteral("missing.ini")));
+        QCOMPARE(m_install->readFile(folder + QStringLiteral("own.ini")), QByteArray("[s]\r\nk=written\r\n\r\n"));
+        QVERIFY(QFileInfo(folder + QStringLiteral("ownLink.ini")).isSymLink());
+        struct stat info;
+        QVERIFY(::stat(file("new.ini").c_str(), &info) == 0);
+        QCOMPARE(info.st_mode & 07777, mode_t(0600));
+        QCOMPARE(QDir(folder).entryList({QStringLiteral("*.tmp")}, QDir::Files), QStringList());
     }
 
 private:

@@ -2,6 +2,7 @@
 #include "TestMain.h"
 
 #include "ActionPage.h"
+#include "CaseFiles.h"
 #include "ModePages.h"
 #include "SCListView.h"
 
@@ -44,6 +45,8 @@ private:
     }
     QString label(const char* name) const { return m_page->findChild<QLabel*>(QLatin1String(name))->text(); }
     SCListView* fileView() const { return m_page->findChild<SCListView*>(QStringLiteral("fileView")); }
+    // Waits until the file list has read its folder.
+    bool listed() const { return QTest::qWaitFor([this] { return !fileView()->isListing(); }); }
     QPushButton* button(const char* name) const { return m_page->findChild<QPushButton*>(QLatin1String(name)); }
     std::string lastWorkDir() const { return PageInstallation::setting("Files", "LastWorkDir"); }
 
@@ -179,6 +182,7 @@ private slots:
         QSignalSpy open(m_page.get(), qOverload<const QString&>(&ActionPage::startORVClicked));
 
         m_page->updateUI();
+        QVERIFY(listed());
         QCOMPARE(fileView()->fileNames(), (QStringList{"Fall.2011.est11", "Köhler 2011.est11"}));
         QCOMPARE(label("folderLabel"), QStringLiteral("Verzeichnis: ") + QDir::cleanPath(home));
         QVERIFY(button("overviewButton")->isEnabled());
@@ -196,11 +200,13 @@ private slots:
 
         QVERIFY(m_install->replaceSettings(m_install->userModeSettings(), "[FileExtensions]\r\nOpen=Alle|*.*\r\n"));
         m_page->updateUI();
+        QVERIFY(listed());
         QCOMPARE(fileView()->topLevelItemCount(), 3);
 
         // A file-type string without "|" names no pattern: nothing is listed.
         QVERIFY(m_install->replaceSettings(m_install->userModeSettings(), "[FileExtensions]\r\nOpen=*.est11\r\n"));
         m_page->updateUI();
+        QVERIFY(listed());
         QCOMPARE(fileView()->topLevelItemCount(), 0);
         QVERIFY(fileView()->isHidden());
         QVERIFY(!m_page->findChild<QLabel*>(QStringLiteral("emptyFolderLabel"))->isHidden());
@@ -216,6 +222,7 @@ private slots:
         const QString archive = home + QStringLiteral("Archiv 2009");
         QVERIFY(PageInstallation::createFile(archive + QStringLiteral("/Alt.est11")));
         m_page->updateUI();
+        QVERIFY(listed());
         QCOMPARE(fileView()->topLevelItemCount(), 0);
 
         // Cancelled: nothing changes.
@@ -227,6 +234,7 @@ private slots:
 
         m_dialogAnswer = archive;
         m_page->changeFolder();
+        QVERIFY(listed());
         QCOMPARE(lastWorkDir(), std::string("<HomeDataDir>/Archiv 2009"));
         QCOMPARE(m_page->lastWorkDir(), archive + QLatin1Char('/'));
         QCOMPARE(fileView()->fileNames(), QStringList(QStringLiteral("Alt.est11")));
@@ -236,6 +244,7 @@ private slots:
         QVERIFY(QDir().mkpath(elsewhere));
         m_dialogAnswer = elsewhere;
         m_page->changeFolder();
+        QVERIFY(listed());
         QCOMPARE(fromLatin1(lastWorkDir()), elsewhere);
 
         // A working folder that disappears gives the home data folder.
@@ -247,6 +256,7 @@ private slots:
         m_dialogAnswer = archive;
         m_page->changeFolder();
         m_page->findChild<QToolButton*>(QStringLiteral("homeButton"))->click();
+        QVERIFY(listed());
         QCOMPARE(lastWorkDir(), std::string("<SYS_MYDOCUMENTS>/Steuerf\xE4lle"));
         QCOMPARE(fileView()->topLevelItemCount(), 0);
     }
@@ -265,14 +275,17 @@ private slots:
         m_page->openCurrentItem();
         QCOMPARE(open.takeFirst().at(0).toString(), lastFile);
 
-        // The other-file dialog gets the file types with ";;" for every "|".
+        // The other-file dialog gets the file types as Qt's dialogs read them.
         QVERIFY(m_install->replaceSettings(m_install->userModeSettings(),
                                            "[MRUFiles]\r\n0=" + lastFile.toLatin1()
                                                + "\r\n[FileExtensions]\r\nOpen=A|*.x|B|*.*\r\n"));
         m_page->actionButton(ActionPage::ActionOther)->click();
         QCOMPARE(m_dialogs.size(), 1);
         QCOMPARE(m_dialogs.at(0).kind, FileDialogRequest::OpenFile);
-        QCOMPARE(m_dialogs.at(0).filter, QStringLiteral("A;;*.x;;B;;*.*"));
+        QCOMPARE(m_dialogs.at(0).filter, QStringLiteral("A (*.x);;B (*.*)"));
+        QCOMPARE(CaseFiles::dialogFilter(QStringLiteral("Steuerfälle|*.a;*.b|Alle|*.*")),
+                 QStringLiteral("Steuerfälle (*.a *.b);;Alle (*.*)"));
+        QCOMPARE(CaseFiles::dialogFilter(QStringLiteral("*.*")), QStringLiteral("*.*"));
         QCOMPARE(m_dialogs.at(0).directory, home);
         QCOMPARE(open.count(), 0);   // cancelled
         m_dialogAnswer = home + QStringLiteral("Gewählt.x");
@@ -283,10 +296,12 @@ private slots:
         // is rebuilt instead.
         QVERIFY(m_install->setLastFile(lastFile));
         m_page->updateUI();
+        QVERIFY(listed());
         QTreeWidgetItem* row = fileView()->topLevelItem(0);
         QCOMPARE(row->text(0), QStringLiteral("B"));
         QVERIFY(QFile::remove(home + QStringLiteral("B.est11")));
         m_page->openTreeItem(row, 0);
+        QVERIFY(listed());
         QCOMPARE(open.count(), 0);
         QCOMPARE(fileView()->topLevelItemCount(), 1);
         m_page->openTreeItem(fileView()->topLevelItem(0), 0);

@@ -9,11 +9,14 @@
 #include <QFileSystemModel>
 #include <QLabel>
 #include <QScopeGuard>
+#include <QSemaphore>
 #include <QTest>
+#include <QThreadPool>
 #include <QTreeView>
 
 #include <ctime>
 
+#include <fcntl.h>
 #include <unistd.h>
 
 class FileListTest : public QObject
@@ -34,6 +37,11 @@ private:
         for (int row = 0; row < list.topLevelItemCount(); ++row)
             texts.append(list.topLevelItem(row)->text(column));
         return texts;
+    }
+
+    static bool listed(const SCListView& list)
+    {
+        return QTest::qWaitFor([&] { return !list.isListing(); });
     }
 
     TempInstallation m_installation;
@@ -76,6 +84,7 @@ private slots:
 
         SCListView list(nullptr);
         list.init(m_folder, {QStringLiteral("*.est11")});
+        QVERIFY(listed(list));
         QCOMPARE(column(list, 0).mid(0, 3), (QStringList{"A", "b", "Fall.2011"}));
         QCOMPARE(column(list, 1).mid(0, 3), (QStringList{"27.03.2011 03:30", "09.01.2012 07:05", "30.07.2011 23:59"}));
         QCOMPARE(list.fileNames(), (QStringList{"A.est11", "b.est11", "Fall.2011.est11"}
@@ -84,12 +93,88 @@ private slots:
         QCOMPARE(list.selectedFileName(), m_folder + QStringLiteral("Fall.2011"));
     }
 
+    // Names as an archive from other systems holds them: Latin-1 bytes, a
+    // line break; hidden files and a link that loops are not case files.
+    void listsEveryNameTheFolderHolds()
+    {
+        const QByteArray folder = QFile::encodeName(m_folder);
+        // Qt's own removal of the folder does not see that name.
+        const auto removeLatin1 = qScopeGuard([&] { unlink((folder + "M\xFCller 2011.est11").constData()); });
+        for (const QByteArray& name : {QByteArray("M\xFCller 2011.est11"), QByteArray("Zeile\nzwei.est11"),
+                                       QByteArray(".versteckt.est11")}) {
+            const int fd = open((folder + name).constData(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+            QVERIFY(fd >= 0);
+            close(fd);
+        }
+        QVERIFY(symlink("schleife.est11", (folder + "schleife.est11").constData()) == 0);
+
+        SCListView list(nullptr);
+        list.init(m_folder, {QStringLiteral("*.est11")});
+        QVERIFY(listed(list));
+        QCOMPARE(column(list, 0), (QStringList{"Müller 2011", "Zeile\nzwei"}));
+        QVERIFY(list.entries().at(0).latin1Name);
+        QCOMPARE(list.entries().at(0).localName, QByteArray("M\xFCller 2011.est11"));
+        QVERIFY(!list.entries().at(1).latin1Name);
+    }
+
+    // A newer refresh overtakes an older one: rows the older one delivered
+    // are dropped, never mixed in, and a refresh whose folder cannot be read
+    // yet (a slow mount, here a busy worker) returns at once.
+    void newerRefreshOvertakesAnOlderOne()
+    {
+        const QString other = m_folder + QStringLiteral("anderer/");
+        QVERIFY(QDir().mkpath(other));
+        for (int i = 0; i < 1500; ++i)
+            QVERIFY(writeCaseFile(QStringLiteral("alt %1.est11").arg(i)));
+        QVERIFY(writeCaseFile(QStringLiteral("anderer/neu.est11")));
+
+        SCListView list(nullptr);
+        list.init(m_folder, {QStringLiteral("*.est11")});
+        QThreadPool::globalInstance()->waitForDone();   // its rows now wait in the event queue
+        list.setRootDir(other);
+        QVERIFY(listed(list));
+        QCOMPARE(column(list, 0), QStringList{"neu"});
+        list.setCurrentItem(list.topLevelItem(0));
+
+        const int threads = QThreadPool::globalInstance()->maxThreadCount();
+        QThreadPool::globalInstance()->setMaxThreadCount(1);
+        QSemaphore slowMount;
+        QThreadPool::globalInstance()->start([&] { slowMount.acquire(); });
+        const auto restore = qScopeGuard([&] {
+            slowMount.release();
+            QThreadPool::globalInstance()->setMaxThreadCount(threads);
+        });
+
+        // The same folder again: the rows stay until the new ones arrive, and
+        // the current file stays current.
+        QVERIFY(writeCaseFile(QStringLiteral("anderer/a.est11")));
+        list.updateList();
+        QVERIFY(list.isListing());
+        QCOMPARE(column(list, 0), QStringList{"neu"});
+        slowMount.release();
+        QVERIFY(listed(list));
+        QCOMPARE(column(list, 0), (QStringList{"a", "neu"}));
+        QCOMPARE(list.currentItem()->text(0), QStringLiteral("neu"));
+
+        // Another folder drops the rows at once; of three refreshes queued
+        // behind a slow one only the last fills the list.
+        QThreadPool::globalInstance()->start([&] { slowMount.acquire(); });
+        list.setRootDir(m_folder);
+        list.updateList();
+        QCOMPARE(list.topLevelItemCount(), 0);
+        list.setRootDir(other);
+        slowMount.release();
+        QVERIFY(listed(list));
+        QCOMPARE(column(list, 0), (QStringList{"a", "neu"}));
+    }
+
     void rebuildsOnlyWhenAsked()
     {
         QVERIFY(writeCaseFile(QStringLiteral("b.est11")));
         SCListView list(nullptr);
         list.setNameFilters({QStringLiteral("*.est11")});
         list.setRootDir(m_folder);
+        QVERIFY(listed(list));
         list.setCurrentItem(list.topLevelItem(0));
 
         // The same folder again keeps rows and selection, and the names stay
@@ -100,16 +185,19 @@ private slots:
         QCOMPARE(list.fileNames(), QStringList{"b.est11"});
 
         list.updateList();
+        QVERIFY(listed(list));
         QCOMPARE(column(list, 0), (QStringList{"a", "b"}));
         QCOMPARE(list.fileNames(), (QStringList{"a.est11", "b.est11"}));
 
         // init with the same folder takes new patterns.
         list.init(m_folder, {QStringLiteral("b.*")});
+        QVERIFY(listed(list));
         QCOMPARE(column(list, 0), QStringList{"b"});
 
         // A vanished folder lists nothing.
         QVERIFY(QDir(m_folder).removeRecursively());
         list.updateList();
+        QVERIFY(listed(list));
         QCOMPARE(list.topLevelItemCount(), 0);
         QCOMPARE(list.fileNames(), QStringList());
     }
@@ -134,20 +222,22 @@ private slots:
 
         dialog.setFileFilter({QStringLiteral("*.est11"), QStringLiteral("*.eur11")});
         dialog.setDirectory(m_folder);
-        QCOMPARE(label->text(), prefix + QStringLiteral("keinen Steuerfall."));
+        QTRY_COMPARE(label->text(), prefix + QStringLiteral("keinen Steuerfall."));
         QVERIFY(writeCaseFile(QStringLiteral("a.est11")));
         QVERIFY(writeCaseFile(QStringLiteral("notiz.txt")));
         dialog.loadValues();
-        QCOMPARE(label->text(), prefix + QStringLiteral("1 Steuerfall."));
+        QTRY_COMPARE(label->text(), prefix + QStringLiteral("1 Steuerfall."));
         QVERIFY(writeCaseFile(QStringLiteral("eins/zwei/b.eur11")));
         QVERIFY(writeCaseFile(QStringLiteral("eins/zwei/c.est11")));
 
         // A click counts the clicked folder; folders are no case files.
         const auto* model = qobject_cast<QFileSystemModel*>(tree->model());
+        const QModelIndex zwei = model->index(m_folder + QStringLiteral("eins/zwei"));
         dialog.show();
-        QTest::mouseClick(tree->viewport(), Qt::LeftButton, {},
-                          tree->visualRect(model->index(m_folder + QStringLiteral("eins/zwei"))).center());
-        QCOMPARE(label->text(), prefix + QStringLiteral("2 Steuerfälle."));
+        QVERIFY(QTest::qWaitForWindowExposed(&dialog));
+        tree->scrollTo(zwei);
+        QTest::mouseClick(tree->viewport(), Qt::LeftButton, {}, tree->visualRect(zwei).center());
+        QTRY_COMPARE(label->text(), prefix + QStringLiteral("2 Steuerfälle."));
     }
 };
 

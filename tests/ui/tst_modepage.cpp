@@ -34,6 +34,8 @@ private:
         return isNew == isLast ? QString() : QLatin1String(isNew ? "new" : "last");
     }
     SCListView* fileView() const { return m_page->findChild<SCListView*>(QStringLiteral("FileView")); }
+    // Waits until the file list has read its folder.
+    bool listed() const { return QTest::qWaitFor([this] { return !fileView()->isListing(); }); }
 
     // Picks folder in the folder chooser the page is about to open, and
     // accepts it once the chooser has the folder as its current item.
@@ -147,6 +149,7 @@ private slots:
 
         // Nothing listed: the message says why, and nothing can be opened.
         m_page->workDirChanged();
+        QVERIFY(listed());
         QVERIFY(fileView()->isHidden());
         QVERIFY(!message->isHidden());
         QCOMPARE(message->text(), QStringLiteral("Aktueller Ordner:\n»") + QDir::cleanPath(home)
@@ -157,6 +160,7 @@ private slots:
 
         answerFolderChooser(sub);
         m_page->selectDirectory();
+        QVERIFY(listed());
         QCOMPARE(PageInstallation::setting("Files", "LastWorkDir"), std::string("<HomeDataDir>/H\xE4user"));
         QCOMPARE(fileView()->topLevelItemCount(), 2);
         QVERIFY(message->isHidden());

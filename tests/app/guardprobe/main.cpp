@@ -1,14 +1,13 @@
 // Test helper: one process with a single-instance guard that reports what it
 // sees on stdout, one line per event, and follows commands read from stdin.
 //
-//   guardprobe <application name> [--exit-after=MS] [--autokill] [--no-guard] [more arguments...]
+//   guardprobe <application name> [--exit-after=MS] [--autokill] [more arguments...]
 //
 // Output: "primary <pid>", "secondary <pid>" or "non-operational <pid>" at
 // start, then "started <pid> <truncated 0|1> <arguments joined by |>",
 // "exited <pid>", "became-primary", "raise-requested", "policy <value>",
 // "instances <pid> <pid>...". Commands: "quit", "raise <pid>",
 // "shutdown-others", "kill-others", "autokill", "instances".
-// With --no-guard it only starts and ends (the reference for timings).
 
 #include "KDSingleApplicationGuard.h"
 
@@ -116,8 +115,6 @@ int main(int argc, char** argv)
         return 2;
     }
     QCoreApplication::setApplicationName(arguments.at(1));
-    if (arguments.contains(QStringLiteral("--no-guard")))
-        return 0;
 
     const auto policy = arguments.contains(QStringLiteral("--autokill")) ? KDSingleApplicationGuard::AutoKillOtherInstances
                                                                            : KDSingleApplicationGuard::NoPolicy;

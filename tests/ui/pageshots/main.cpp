@@ -5,7 +5,9 @@
 //
 // writes actionpage-state-a.png (the last case file is offered),
 // actionpage-state-b.png (last year's case file is offered for the data
-// takeover) and actionpage-state-c.png (a new case file is offered). Runs on
+// takeover), actionpage-state-c.png (a new case file is offered) and
+// mainwindow-toolbar-focus.png (the main window after Tab has taken the
+// keyboard focus to the tool bar's manual button). Runs on
 // any platform plug-in (offscreen, or xcb under Xvfb). Installation, home and
 // settings are throw-away copies.
 
@@ -15,6 +17,7 @@
 #include "NvWinIni.h"
 #include "SCAppStyle.h"
 #include "SCColors.h"
+#include "StartCenter.h"
 #include "TempInstallation.h"
 
 #include <QApplication>
@@ -24,6 +27,7 @@
 #include <QFileInfo>
 #include <QFrame>
 #include <QTest>
+#include <QToolButton>
 
 #include <cstdio>
 
@@ -58,6 +62,36 @@ bool shoot(QWidget& window, ActionPage& page, ActionPage::ModeAction expected, c
         std::fprintf(stderr, "pageshots: %s shows the wrong state\n", qPrintable(path));
         return false;
     }
+    if (!window.grab().save(path)) {
+        std::fprintf(stderr, "pageshots: cannot write %s\n", qPrintable(path));
+        return false;
+    }
+    return true;
+}
+
+// The main window with the focus frame on the tool bar button of action,
+// reached with Tab from the mode column.
+bool shootToolBarFocus(const QString& action, const QString& path)
+{
+    StartCenter window;
+    window.show();
+    window.activateWindow();
+    if (!QTest::qWaitForWindowActive(&window)) {
+        std::fprintf(stderr, "pageshots: the main window is not active\n");
+        return false;
+    }
+    QTest::qWait(800);   // the page slides in
+    const auto onAction = [&window, &action] {
+        const auto* button = qobject_cast<const QToolButton*>(window.focusWidget());
+        return button && button->defaultAction() && button->defaultAction()->objectName() == action;
+    };
+    for (int step = 0; step < 40 && !onAction(); ++step)
+        QTest::keyClick(&window, Qt::Key_Tab);
+    if (!onAction()) {
+        std::fprintf(stderr, "pageshots: Tab does not reach %s\n", qPrintable(action));
+        return false;
+    }
+    QTest::qWait(50);
     if (!window.grab().save(path)) {
         std::fprintf(stderr, "pageshots: cannot write %s\n", qPrintable(path));
         return false;
@@ -134,6 +168,9 @@ int main(int argc, char** argv)
     cConfiguration::theInstance()->Write("MRUFiles", "0",
                                          "<HomeDataDir>/Mustermann, Erika und Hans 2011.est11");
     if (!shoot(stack, page, ActionPage::ActionLast, output + QStringLiteral("actionpage-state-a.png")))
+        return 1;
+    stack.hide();
+    if (!shootToolBarFocus(QStringLiteral("actionHandbuch"), output + QStringLiteral("mainwindow-toolbar-focus.png")))
         return 1;
     return 0;
 }
