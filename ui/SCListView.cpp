@@ -7,6 +7,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QHeaderView>
+#include <QSignalBlocker>
 #include <QStyle>
 #include <QThreadPool>
 
@@ -321,15 +322,22 @@ void SCListView::takeBatch(Batch& batch)
 {
     const int existing = topLevelItemCount();
     const qsizetype inPlace = std::clamp<qsizetype>(existing - m_filledRows, 0, batch.entries.size());
-    for (qsizetype i = 0; i < inPlace; ++i) {
-        QTreeWidgetItem* row = topLevelItem(m_filledRows + int(i));
-        const QTreeWidgetItem* fresh = batch.rows.at(i);
-        for (int column = 0; column < 2; ++column) {
-            if (row->text(column) != fresh->text(column))
-                row->setText(column, fresh->text(column));
+    // A change note per row makes the view look the row up again, which
+    // costs more than the whole batch otherwise; one repaint serves them all.
+    {
+        const QSignalBlocker quiet(model());
+        for (qsizetype i = 0; i < inPlace; ++i) {
+            QTreeWidgetItem* row = topLevelItem(m_filledRows + int(i));
+            const QTreeWidgetItem* fresh = batch.rows.at(i);
+            for (int column = 0; column < 2; ++column) {
+                if (row->text(column) != fresh->text(column))
+                    row->setText(column, fresh->text(column));
+            }
+            m_entries[m_filledRows + i] = batch.entries.at(i);
         }
-        m_entries[m_filledRows + i] = batch.entries.at(i);
     }
+    if (inPlace > 0)
+        viewport()->update();
     m_entries.append(batch.entries.mid(inPlace));
     addTopLevelItems(batch.rows.mid(inPlace));
     batch.rows.remove(inPlace, batch.rows.size() - inPlace);
