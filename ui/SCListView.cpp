@@ -30,8 +30,8 @@ void deleteRows(QList<QTreeWidgetItem*> rows)
         QThreadPool::globalInstance()->start([rows = std::move(rows)] { qDeleteAll(rows); });
 }
 
-// A burst of changes in the folder (a program saving through a temporary
-// file, a copy of many files) ends in one refresh this long after its last change.
+// Changes in the folder within this time after the first one (a program
+// saving through a temporary file, a copy of many files) share one refresh.
 constexpr int refreshDelayMs = 250;
 
 // Calls deliver with consecutive parts of entries, growing as the read does.
