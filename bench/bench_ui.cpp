@@ -6,8 +6,10 @@
 // folder chooser's count until shown. At 50,000 files: the longest time the
 // UI thread ran no event during start-up, a mode switch and the overview
 // (beside the same with the sample folder);
-// the list's fill against QDir::entryInfoList and a QTreeWidget; and a bulk
-// settings write of 1,000 keys against QSettings.
+// the list's fill against QDir::entryInfoList and a QTreeWidget; a key press
+// in the page's search field until the filtered list is in; and a bulk
+// settings write of 1,000 keys against QSettings. With the argument
+// "search_filter_50k" only the search is measured.
 
 #include "BenchInstallation.h"
 #include "BenchUtil.h"
@@ -21,7 +23,9 @@
 #include <QApplication>
 #include <QDateTime>
 #include <QEventLoop>
+#include <QKeyEvent>
 #include <QLabel>
+#include <QLineEdit>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTimer>
@@ -229,6 +233,37 @@ void compareFill(const QString& folder)
         });
 }
 
+// Key presses in the page's search field, each until the list holds the
+// matching rows: narrowing down ("4", "42", "421") and widening again back to
+// every file; the longest UI-thread stall over all of them beside.
+void measureSearch(StartCenter& window)
+{
+    auto* page = window.findChild<ActionPage*>(QStringLiteral("pageNormal"));
+    auto* field = page->findChild<QLineEdit*>(QStringLiteral("searchField"));
+    SCListView* list = incomeTaxList(window);
+    const auto press = [&](Qt::Key key, const QString& text) {
+        QKeyEvent down(QEvent::KeyPress, key, Qt::NoModifier, text);
+        QApplication::sendEvent(field, &down);
+        QKeyEvent up(QEvent::KeyRelease, key, Qt::NoModifier, text);
+        QApplication::sendEvent(field, &up);
+        waitUntil([&] { return !list->isListing(); });
+    };
+    StallMeter meter;
+    std::vector<double> presses;
+    double stall = 0;
+    for (int run = 0; run < 3; ++run) {
+        stall = std::max(stall, meter.longestStallMs([&] {
+            for (const char digit : {'4', '2', '1'})
+                presses.push_back(bench::timeMs([&] { press(Qt::Key(digit), QString(QLatin1Char(digit))); }));
+            for (int i = 0; i < 3; ++i)
+                presses.push_back(bench::timeMs([&] { press(Qt::Key_Backspace, QString()); }));
+        }));
+    }
+    std::printf("search_filter_50k ms=%.3f max_ms=%.3f stall_ms=%.3f rows=%d\n", bench::median(presses),
+                *std::max_element(presses.begin(), presses.end()), stall, list->topLevelItemCount());
+    std::fflush(stdout);
+}
+
 // 1,000 keys in ten sections, applied to the settings against QSettings
 // writing the same keys and syncing once.
 void compareBulkApply(const QString& scratch)
@@ -284,6 +319,14 @@ int main(int argc, char** argv)
     const QProcessEnvironment sampleEnvironment = bench::programEnvironment(sampleHome.path());
     if (!bench::openInstallation(home.path()))
         return 1;
+    if (argc > 1 && qstrcmp(argv[1], "search_filter_50k") == 0) {
+        writeCaseFiles(folder, QStringLiteral("Steuerfall"), "est11", 0, 50000);
+        StartCenter window(nullptr, Qt::WindowFlags());
+        window.show();
+        waitUntil([&] { return !incomeTaxList(window)->isListing(); });
+        measureSearch(window);
+        return 0;
+    }
     const Stalls sampleStalls = measureStalls(folder);
 
     const std::pair<int, const char*> sizes[] = {{1000, "1k"}, {10000, "10k"}, {50000, "50k"}};
@@ -301,6 +344,8 @@ int main(int argc, char** argv)
         window.show();
         waitUntil([&] { return !incomeTaxList(window)->isListing(); });
         measureWindow(window, folder, size);
+        if (count == 50000)
+            measureSearch(window);
     }
     const Stalls stalls = measureStalls(folder);
     std::printf("ui_stall_max ms=%.3f startup_ms=%.3f mode_switch_ms=%.3f overview_ms=%.3f "

@@ -17,6 +17,7 @@
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QLineEdit>
 #include <QLinearGradient>
 #include <QPushButton>
 #include <QTextDocumentFragment>
@@ -207,6 +208,15 @@ void ActionPage::buildFileView()
     m_homeButton->setAccessibleName(QStringLiteral("Standardverzeichnis"));
     m_homeButton->setAccessibleDescription(m_homeButton->toolTip());
 
+    m_searchField = new QLineEdit(this);
+    m_searchField->setObjectName(QStringLiteral("searchField"));
+    m_searchField->setFont(smallFont);
+    m_searchField->setPlaceholderText(QStringLiteral("Steuerfall suchen"));
+    m_searchField->setClearButtonEnabled(true);
+    m_searchField->setAccessibleName(QStringLiteral("Steuerfälle suchen"));
+    // Files dropped here go on to the window, which opens them.
+    m_searchField->setAcceptDrops(false);
+
     m_fileView = new SCListView(this);
     m_fileView->setObjectName(QStringLiteral("fileView"));
     m_fileView->setAccessibleName(QStringLiteral("Steuerfälle"));
@@ -250,11 +260,13 @@ void ActionPage::buildFileView()
     fileView->setSpacing(2);
     fileView->setContentsMargins(2, 0, 2, 2);
     fileView->addLayout(folderRow);
+    fileView->addWidget(m_searchField);
     fileView->addLayout(listRow, 1);
     m_mainLayout->addLayout(fileView, 1);
 
     connect(m_changeFolderButton, &QToolButton::clicked, this, &ActionPage::changeFolder);
     connect(m_homeButton, &QToolButton::clicked, this, &ActionPage::gotoHomeDataDir);
+    connect(m_searchField, &QLineEdit::textChanged, m_fileView, &SCListView::setSearchText);
     connect(m_fileView, &QTreeWidget::itemDoubleClicked, this, &ActionPage::openTreeItem);
     connect(m_fileView, &QTreeWidget::itemSelectionChanged, this, &ActionPage::updateOpenButton);
     connect(m_fileView, &SCListView::listingFinished, this, [this] {
@@ -372,7 +384,7 @@ QList<QWidget*> ActionPage::focusOrder() const
     for (int i = 0; i < m_furtherActions->count(); ++i)
         if (QWidget* button = m_furtherActions->itemAt(i)->widget())
             order << button;
-    order << m_changeFolderButton << m_homeButton << m_fileView << m_openButton << m_overviewButton;
+    order << m_changeFolderButton << m_homeButton << m_searchField << m_fileView << m_openButton << m_overviewButton;
     return order;
 }
 
@@ -384,6 +396,18 @@ void ActionPage::keyPressEvent(QKeyEvent* event)
         return;
     }
     QWidget::keyPressEvent(event);
+}
+
+void ActionPage::showEvent(QShowEvent* event)
+{
+    m_fileView->setWatching(true);
+    QWidget::showEvent(event);
+}
+
+void ActionPage::hideEvent(QHideEvent* event)
+{
+    m_fileView->setWatching(false);
+    QWidget::hideEvent(event);
 }
 
 void ActionPage::recommend(ModeAction action, const QString& commentHtml)
@@ -439,12 +463,14 @@ void ActionPage::workDirChanged()
 
     // While the folder is read the list stays in view; the overview waits
     // for the whole listing.
-    const bool listed = m_fileView->topLevelItemCount() > 0;
+    // A search that matches nothing leaves the list in view.
+    const bool listed = m_fileView->topLevelItemCount() > 0 || m_fileView->fileCount() > 0;
     const bool hasFiles = listed || m_fileView->isListing();
     m_emptyFolderLabel->setText(hasFiles ? QString()
                                          : QStringLiteral("Im Verzeichnis »") + folder
                                                + QStringLiteral("« konnten keine Dateien gefunden werden."));
     m_fileView->setVisible(hasFiles);
+    m_searchField->setVisible(hasFiles);
     m_emptyFolderLabel->setVisible(!hasFiles);
     m_openButton->setEnabled(hasFiles);
     m_overviewButton->setEnabled(listed && !m_fileView->isListing());

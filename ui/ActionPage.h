@@ -14,6 +14,7 @@ class QFrame;
 class QHBoxLayout;
 class QKeyEvent;
 class QLabel;
+class QLineEdit;
 class QPushButton;
 class QToolButton;
 class QTreeWidgetItem;
@@ -70,8 +71,8 @@ public:
     virtual void updateUI();
 
     // The page's controls in the order the eye meets them: the recommended
-    // action, the other actions left to right, the folder buttons, the list
-    // and its buttons. The tab order follows it after every refresh.
+    // action, the other actions left to right, the folder buttons, the search
+    // field, the list and its buttons. The tab order follows it after every refresh.
     QList<QWidget*> focusOrder() const;
 
     // The working folder, ending in "/".
@@ -103,6 +104,9 @@ signals:
 protected:
     // Enter on a row of the list opens it, as a double click does.
     void keyPressEvent(QKeyEvent* event) override;
+    // Only the page in view watches its folder.
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
 
     void initUI();
     QToolButton* buildActionButton(QWidget* parent, const QString& text, const QString& imageName,
@@ -132,6 +136,7 @@ private:
     QString m_folder;   // the folder the file list shows, ending in "/"
     ElidedLabel* m_folderLabel = nullptr;
     QLabel* m_emptyFolderLabel = nullptr;
+    QLineEdit* m_searchField = nullptr;
     SCListView* m_fileView = nullptr;
     QToolButton* m_changeFolderButton = nullptr;
     QPushButton* m_openButton = nullptr;

@@ -2,9 +2,11 @@
 
 #include "CaseFolder.h"
 
+#include <QFileSystemWatcher>
 #include <QList>
 #include <QString>
 #include <QStringList>
+#include <QTimer>
 #include <QTreeWidget>
 
 #include <memory>
@@ -21,6 +23,12 @@ class LatestRequest;
 // mixed in. The listing (entries()) is kept beside the rows, one entry per
 // row in the same order, so rows can be rebuilt in another order or subset
 // from it without reading the folder again.
+//
+// Rows can be sorted by a click on a column header and narrowed down by a
+// search text; both are arranged on a worker from the kept listing and fed
+// back through the same batches. While the owner lets it watch, the list
+// reads its folder again shortly after files were added, removed or renamed
+// there, once for a burst of changes.
 class SCListView : public QTreeWidget
 {
     Q_OBJECT
@@ -41,14 +49,28 @@ public:
     // new listing arrives, and the current file stays current.
     void updateList();
 
+    // Shows only rows whose file name contains text, with case and accents
+    // ignored ("muller" finds "Müller"); an empty text shows every file.
+    void setSearchText(const QString& text);
+    // Rows by name (the folder's own order when ascending) or by change time.
+    void sortRows(int column, Qt::SortOrder order);
+    // Watches the folder for changes; only the list in view should.
+    void setWatching(bool watching);
+
+    // The text a name is compared by when searching.
+    static QString searchKey(const QString& text);
+
     // True from a rebuild until its last row is in.
     bool isListing() const { return m_listing; }
 
     // The folder string as given, directly followed by the current row's
     // name (no separator, no extension); empty without a current row.
     QString selectedFileName() const;
-    // The names with extensions, in the order of the rows.
+    // The names with extensions of every listed file, in the folder's order,
+    // whatever the rows show.
     QStringList fileNames() const;
+    // The number of files of the last complete listing.
+    int fileCount() const { return int(m_files.size()); }
     const QList<CaseFolder::Entry>& entries() const { return m_entries; }
     // The folder entry of a row of this list; null for anything else.
     const CaseFolder::Entry* entryOf(const QTreeWidgetItem* row) const;
@@ -59,17 +81,37 @@ signals:
 
 private:
     struct Batch;
+    struct Arrangement
+    {
+        QString searchKey;
+        int column = 0;
+        Qt::SortOrder order = Qt::AscendingOrder;
+        bool isFolderOrder() const { return searchKey.isEmpty() && column == 0 && order == Qt::AscendingOrder; }
+    };
 
     void pointAt(const QString& folder);
     void clearRows();
+    void dropListing();
     void startListing();
+    void rearrange();
+    void postRows(LatestRequest& reading, quint64 request, QList<CaseFolder::Entry>&& entries);
+    static QList<CaseFolder::Entry> arranged(const QList<CaseFolder::Entry>& files, const QStringList& keys,
+                                             const Arrangement& arrangement, const CaseFolder::Cancelled& cancelled);
+    void watchFolder();
     void takeBatch(Batch& batch);
     void finishListing();
     void updateNameColumnWidth();
 
     QString m_rootDir;
     QStringList m_nameFilters;
-    QList<CaseFolder::Entry> m_entries;
+    QList<CaseFolder::Entry> m_entries;   // one per row
+    QList<CaseFolder::Entry> m_files;     // the folder's files of the last complete read
+    QStringList m_searchKeys;             // one per file of m_files
+    Arrangement m_arrangement;
+    bool m_readingFolder = false;
+    bool m_watching = false;
+    QFileSystemWatcher* m_watcher = nullptr;
+    QTimer* m_refreshDelay = nullptr;
     std::shared_ptr<LatestRequest> m_reading;
     bool m_listing = false;
     int m_filledRows = 0;   // rows the running rebuild has written so far

@@ -9,6 +9,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QLineEdit>
 #include <QSignalSpy>
 #include <QTest>
 #include <QToolButton>
@@ -197,6 +198,24 @@ private slots:
         QCOMPARE(open.count(), 2);
         QCOMPARE(open.at(0).at(0).toString(), kohler);
         QCOMPARE(open.at(1).at(0).toString(), kohler);
+
+        // Typing in the search field narrows the rows; the page keeps working
+        // on them, and a search that finds nothing is not an empty folder.
+        auto* search = m_page->findChild<QLineEdit*>(QStringLiteral("searchField"));
+        QVERIFY(!search->acceptDrops());
+        QTest::keyClicks(search, QStringLiteral("KOHLER"));
+        QVERIFY(listed());
+        QCOMPARE(fileView()->topLevelItemCount(), 1);
+        emit fileView()->itemDoubleClicked(fileView()->topLevelItem(0), 0);
+        QCOMPARE(open.count(), 3);
+        QCOMPARE(open.at(2).at(0).toString(), kohler);
+        QTest::keyClicks(search, QStringLiteral("x"));
+        QVERIFY(listed());
+        QCOMPARE(fileView()->topLevelItemCount(), 0);
+        QVERIFY(!fileView()->isHidden());
+        search->clear();
+        QVERIFY(listed());
+        QCOMPARE(fileView()->topLevelItemCount(), 2);
 
         QVERIFY(m_install->replaceSettings(m_install->userModeSettings(), "[FileExtensions]\r\nOpen=Alle|*.*\r\n"));
         m_page->updateUI();

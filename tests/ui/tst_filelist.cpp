@@ -7,9 +7,12 @@
 #include <QDir>
 #include <QFile>
 #include <QFileSystemModel>
+#include <QHeaderView>
+#include <QProcess>
 #include <QLabel>
 #include <QScopeGuard>
 #include <QSemaphore>
+#include <QSignalSpy>
 #include <QTest>
 #include <QThreadPool>
 #include <QTreeView>
@@ -200,6 +203,100 @@ private slots:
         QVERIFY(listed(list));
         QCOMPARE(list.topLevelItemCount(), 0);
         QCOMPARE(list.fileNames(), QStringList());
+    }
+
+    // Files another program writes or removes show up without a refresh by
+    // hand, a burst of them in few refreshes; an unwatched list stays as it is.
+    void followsChangesOfTheWatchedFolder()
+    {
+        QVERIFY(writeCaseFile(QStringLiteral("a.est11")));
+        SCListView list(nullptr);
+        list.setWatching(true);
+        list.init(m_folder, {QStringLiteral("*.est11")});
+        QVERIFY(listed(list));
+        QSignalSpy refreshes(&list, &SCListView::listingFinished);
+
+        QProcess writer;
+        writer.start(QStringLiteral("/bin/sh"), {QStringLiteral("-c"),
+                     QStringLiteral("cd \"$1\" && for i in 1 2 3 4 5 6 7 8 9; do echo x > neu$i.est11; done; rm a.est11"),
+                     QStringLiteral("sh"), m_folder});
+        QVERIFY(writer.waitForFinished(5000));
+        QTRY_COMPARE(list.fileNames().size(), 9);
+        QVERIFY(!list.fileNames().contains(QStringLiteral("a.est11")));
+        QTest::qWait(400);
+        QVERIFY2(refreshes.size() <= 2, QByteArray::number(refreshes.size()));
+
+        list.setWatching(false);
+        QVERIFY(writeCaseFile(QStringLiteral("spaet.est11")));
+        QTest::qWait(400);
+        QCOMPARE(list.fileNames().size(), 9);
+    }
+
+    // A header click sorts by that column, a second one reverses; the
+    // current file stays current, and the folder's order stays the names'.
+    void sortsByHeaderClick()
+    {
+        QVERIFY(writeCaseFile(QStringLiteral("b.est11"), QDateTime(QDate(2011, 1, 1), QTime(8, 0))));
+        QVERIFY(writeCaseFile(QStringLiteral("C.est11"), QDateTime(QDate(2010, 1, 1), QTime(8, 0))));
+        QVERIFY(writeCaseFile(QStringLiteral("a.est11"), QDateTime(QDate(2012, 1, 1), QTime(8, 0))));
+        SCListView list(nullptr);
+        list.resize(400, 300);
+        list.show();
+        list.init(m_folder, {QStringLiteral("*.est11")});
+        QVERIFY(listed(list));
+        list.setCurrentItem(list.topLevelItem(1));
+
+        const auto clickHeader = [&](int section) {
+            QHeaderView* header = list.header();
+            const QPoint at(header->sectionViewportPosition(section) + 5, header->height() / 2);
+            QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, at);
+            return listed(list);
+        };
+        QVERIFY(clickHeader(1));
+        QCOMPARE(column(list, 0), (QStringList{"C", "b", "a"}));
+        QCOMPARE(list.selectedFileName(), m_folder + QStringLiteral("b"));
+        QVERIFY(clickHeader(1));
+        QCOMPARE(column(list, 0), (QStringList{"a", "b", "C"}));
+        QCOMPARE(list.entryOf(list.topLevelItem(2))->name, QStringLiteral("C.est11"));
+        QVERIFY(clickHeader(0));
+        QCOMPARE(column(list, 0), (QStringList{"a", "b", "C"}));
+        QVERIFY(clickHeader(0));
+        QCOMPARE(column(list, 0), (QStringList{"C", "b", "a"}));
+        QCOMPARE(list.fileNames(), (QStringList{"a.est11", "b.est11", "C.est11"}));
+
+        // A refresh keeps the chosen order.
+        QVERIFY(writeCaseFile(QStringLiteral("d.est11")));
+        list.updateList();
+        QVERIFY(listed(list));
+        QCOMPARE(column(list, 0), (QStringList{"d", "C", "b", "a"}));
+    }
+
+    // Case, umlauts and "ß" do not matter; the rows found are the files'.
+    void searchIgnoresCaseAndAccents()
+    {
+        for (const char* name : {"Müller 2011.est11", "Mueller.est11", "Straße 4.est11", "Mullerova.est11", "x.est11"})
+            QVERIFY(writeCaseFile(QString::fromUtf8(name)));
+        SCListView list(nullptr);
+        list.init(m_folder, {QStringLiteral("*.est11")});
+        QVERIFY(listed(list));
+
+        for (const char* text : {"muller", "müller", "MÜLLER", "Mu\xCC\x88ller"}) {
+            list.setSearchText(QString::fromUtf8(text));
+            QVERIFY(listed(list));
+            QCOMPARE(column(list, 0), (QStringList{"Mullerova", "Müller 2011"}));
+        }
+        list.setSearchText(QStringLiteral("STRASSE"));
+        QVERIFY(listed(list));
+        QCOMPARE(column(list, 0), QStringList{"Straße 4"});
+        QCOMPARE(list.entryOf(list.topLevelItem(0))->name, QStringLiteral("Straße 4.est11"));
+
+        list.setSearchText(QStringLiteral("nichts"));
+        QVERIFY(listed(list));
+        QCOMPARE(list.topLevelItemCount(), 0);
+        QCOMPARE(list.fileCount(), 5);
+        list.setSearchText(QString());
+        QVERIFY(listed(list));
+        QCOMPARE(list.topLevelItemCount(), 5);
     }
 
     void choosesAFolderAndCountsItsCaseFiles()

@@ -107,8 +107,8 @@ QStringList tabWalk(StartCenter& window)
 
 // The shown controls in the order the eye meets them: the mode column (one
 // stop, the arrow keys move within it), the page's recommended action, its
-// other actions left to right, the folder buttons, the list and its buttons,
-// the tool bar.
+// other actions left to right, the folder buttons, the search field, the list
+// and its buttons, the tool bar.
 QStringList visualOrder(const StartCenter& window, const ActionPage& page)
 {
     const auto usable = [](const QWidget* control) { return control->isVisible() && control->isEnabled(); };
@@ -121,7 +121,7 @@ QStringList visualOrder(const StartCenter& window, const ActionPage& page)
     std::sort(others.begin(), others.end(), [](QWidget* a, QWidget* b) { return a->x() < b->x(); });
     for (const QToolButton* button : others)
         order << button->objectName();
-    for (const char* name : {"changeFolderButton", "homeButton", "fileView", "openButton", "overviewButton"})
+    for (const char* name : {"changeFolderButton", "homeButton", "searchField", "fileView", "openButton", "overviewButton"})
         if (usable(page.findChild<QWidget*>(QLatin1String(name))))
             order << QLatin1String(name);
     for (const QAction* action : window.findChild<QToolBar*>(QStringLiteral("toolBar"))->actions())
