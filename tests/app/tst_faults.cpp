@@ -234,7 +234,7 @@ private slots:
         QVERIFY(QFileInfo(saved).isFile());
         QCOMPARE(QDir::cleanPath(page->getLastFilePath()), saved);
         QCOMPARE(page->recommendedAction(), ActionPage::ActionLast);
-        QVERIFY(page->findChild<QPushButton*>(QStringLiteral("overviewButton"))->isEnabled());
+        QTRY_VERIFY(page->findChild<QPushButton*>(QStringLiteral("overviewButton"))->isEnabled());
         QCOMPARE(boxes.boxes, QStringList());
         QCOMPARE(installation.boxes(), QStringList());   // those of the tax program
     }
