@@ -62,12 +62,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     int lookups = 0;
     if (const cIniFile::KeyMap* topLevel = file.FindSection("applicationcolors")) {
         for (auto it = topLevel->begin(); it != topLevel->end() && lookups < maxLookups; ++it, ++lookups)
-            colors->getColor(it->first, 0);
+            colors->getColor(std::string((*it).first), 0);
     }
     if (const cIniFile::KeyMap* references = file.FindSection("colordefs")) {
         for (auto it = references->begin(); it != references->end() && lookups < maxLookups; ++it, ++lookups) {
             unsigned int color = 0;
-            colors->resolveColor(it->second, color);
+            colors->resolveColor(std::string((*it).second), color);
         }
     }
     return 0;

@@ -8,14 +8,22 @@
 
 namespace {
 
+// Each lookup looks at the file's time on disk: a file of several
+// megabytes has its first keys looked up, not all of them.
+constexpr int MaxLookups = 2000;
+
 void readEverything(cIniFile& ini)
 {
+    int lookups = 0;
     for (const std::string& section : ini.GetSections()) {
         const cIniFile::KeyMap* keys = ini.FindSection(section);
         FUZZ_CHECK(keys != nullptr);
         for (const auto& [key, value] : *keys) {
-            FUZZ_CHECK(ini.Contains(section.c_str(), key.c_str()) == (!section.empty() && !key.empty()));
-            FUZZ_CHECK(ini.GetString(section.c_str(), key.c_str(), "") == value);
+            if (++lookups > MaxLookups)
+                return;
+            const std::string name(key);
+            FUZZ_CHECK(ini.Contains(section.c_str(), name.c_str()) == (!section.empty() && !key.empty()));
+            FUZZ_CHECK(ini.GetString(section.c_str(), name.c_str(), "") == value);
         }
     }
 }

@@ -19,7 +19,7 @@ std::vector<std::string> CrossPlatformApi::getIniSectionEntries(const std::strin
     if (const cIniFile::KeyMap* keys = ini.FindSection(name)) {
         entries.reserve(keys->size());
         for (const auto& [key, value] : *keys)
-            entries.push_back(key + '=' + value);
+            entries.push_back(std::string(key).append(1, '=').append(value));
     }
     return entries;
 }

@@ -63,7 +63,7 @@ void FolderManager::parseSection(const std::string& iniPath, const std::string& 
     const cIniFile ini(iniPath, true, false);
     if (const auto* keys = ini.FindSection(section)) {
         for (const auto& [name, value] : *keys)
-            setSymbol(name, value);
+            setSymbol(std::string(name), std::string(value));
     }
 }
 

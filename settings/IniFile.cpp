@@ -53,6 +53,14 @@ std::string_view stripSpaces(std::string_view text)
     return text.substr(first, text.find_last_not_of(' ') - first + 1);
 }
 
+// A value as stored: without the carriage returns of a CR LF line end and
+// without surrounding blanks.
+std::string_view valueText(std::string_view value)
+{
+    const auto lastNonReturn = value.find_last_not_of('\r');
+    return stripSpaces(value.substr(0, lastNonReturn == std::string_view::npos ? 0 : lastNonReturn + 1));
+}
+
 bool writeAll(int fd, const std::string& content)
 {
     const char* data = content.data();
@@ -177,7 +185,8 @@ bool readNumber(const std::string& text, Number& value)
 struct cIniFile::ParseState
 {
     std::string section;
-    KeyMap* keys = nullptr;
+    // The index of the section in memory, or none before its first key.
+    std::optional<std::size_t> index;
     // Where the key lines go as read, for other readers of the same file.
     IniParseCache::KeyLines* keyLines = nullptr;
 };
@@ -257,9 +266,9 @@ void cIniFile::MaybeParseIni()
 std::string cIniFile::GetString(const char* section, const char* key, const char* defaultValue)
 {
     MaybeParseIni();
-    const std::string* value = FindKey(orEmpty(section), orEmpty(key));
+    const std::optional<std::string_view> value = FindKey(orEmpty(section), orEmpty(key));
     if (value && !value->empty())
-        return *value;
+        return std::string(*value);
     return orEmpty(defaultValue);
 }
 
@@ -290,7 +299,7 @@ bool cIniFile::WriteString(const char* section, const char* key, const char* val
     if (key)
         AddToMap(orEmpty(section), key, orEmpty(value));
     else
-        SectionKeys(orEmpty(section)).clear();
+        m_sections.clearSection(FoldedName(orEmpty(section)));
     m_modified = true;
     if (m_writeHolds == 0)
         Flush();
@@ -306,35 +315,22 @@ bool cIniFile::Contains(const char* section, const char* key) const
 {
     if (!section || !*section || !key || !*key)
         return false;
-    return FindKey(section, key) != nullptr;
+    return FindKey(section, key).has_value();
 }
 
 std::vector<std::string> cIniFile::GetSections() const
 {
-    std::vector<std::string> names;
-    names.reserve(m_sections.size());
-    for (const auto& entry : m_sections)
-        names.push_back(entry.first);
-    return names;
+    return m_sections.names();
 }
 
 const cIniFile::KeyMap* cIniFile::FindSection(const std::string& name) const
 {
-    const auto it = m_sections.find(name);
-    return it == m_sections.end() ? nullptr : &it->second;
+    return m_sections.find(name);
 }
 
-const std::string* cIniFile::FindKey(const std::string& section, const std::string& key) const
+std::optional<std::string_view> cIniFile::FindKey(const std::string& section, const std::string& key) const
 {
-    std::string sectionName = section;
-    std::string keyName = key;
-    FoldCase(sectionName);
-    FoldCase(keyName);
-    const KeyMap* keys = FindSection(sectionName);
-    if (!keys)
-        return nullptr;
-    const auto it = keys->find(keyName);
-    return it == keys->end() ? nullptr : &it->second;
+    return m_sections.find(FoldedName(section), FoldedName(key));
 }
 
 void cIniFile::Flush()
@@ -371,6 +367,7 @@ void cIniFile::ParseIni()
     if (::stat(nativePath.c_str(), &info) == 0) {
         if (const auto lines = cache.lookup(info, m_semicolonIsText)) {
             StoreKeyLines(*lines);
+            m_sections.finishReading();
             m_timestamp = static_cast<std::int32_t>(info.st_mtime);
             return;
         }
@@ -382,6 +379,7 @@ void cIniFile::ParseIni()
         IniParseCache::KeyLines lines;
         const bool keep = IniParseCache::worthKeeping(info);
         ParseStream(fd, keep ? &lines : nullptr);
+        m_sections.finishReading();
         m_timestamp = static_cast<std::int32_t>(info.st_mtime);
         if (keep)
             cache.store(info, m_semicolonIsText, std::move(lines));
@@ -392,13 +390,13 @@ void cIniFile::ParseIni()
 void cIniFile::StoreKeyLines(const IniParseCache::KeyLines& lines)
 {
     const std::string* section = nullptr;
-    KeyMap* keys = nullptr;
+    std::size_t index = 0;
     for (const IniParseCache::KeyLine& line : lines) {
         if (!section || *section != line.section) {
             section = &line.section;
-            keys = &SectionKeys(line.section);
+            index = m_sections.beginSection(FoldedName(line.section));
         }
-        StoreKey(*keys, line.key, line.value);
+        m_sections.append(index, KeyName(line.key), valueText(line.value));
     }
 }
 
@@ -487,7 +485,7 @@ bool cIniFile::ParseSection(std::string_view line, ParseState& state)
     if (close == std::string_view::npos)
         return false;
     state.section.assign(line.substr(1, close - 1));
-    state.keys = nullptr;
+    state.index.reset();
     return true;
 }
 
@@ -496,56 +494,41 @@ void cIniFile::ParseKey(std::string_view line, ParseState& state)
     const auto equals = line.find('=');
     if (equals == std::string_view::npos || equals == 0)
         return;
-    if (!state.keys)
-        state.keys = &SectionKeys(state.section);
+    if (!state.index)
+        state.index = m_sections.beginSection(FoldedName(state.section));
     const std::string_view key = line.substr(0, equals);
     const std::string_view value = line.substr(equals + 1);
-    StoreKey(*state.keys, key, value);
+    m_sections.append(*state.index, KeyName(key), valueText(value));
     if (state.keyLines)
         state.keyLines->push_back({state.section, std::string(key), std::string(value)});
 }
 
 void cIniFile::AddToMap(const std::string& section, std::string_view key, std::string_view value)
 {
-    StoreKey(SectionKeys(section), key, value);
+    m_sections.assign(FoldedName(section), KeyName(key), valueText(value));
 }
 
-cIniFile::KeyMap& cIniFile::SectionKeys(std::string name)
+std::string cIniFile::FoldedName(std::string_view name) const
 {
-    FoldCase(name);
-    // Written files list their names in map order, so appending at the end
-    // is tried first.
-    return m_sections.try_emplace(m_sections.end(), std::move(name))->second;
-}
-
-void cIniFile::StoreKey(KeyMap& keys, std::string_view key, std::string_view value) const
-{
-    std::string name(stripSpaces(key));
-    FoldCase(name);
-    const auto lastNonReturn = value.find_last_not_of('\r');
-    value = value.substr(0, lastNonReturn == std::string_view::npos ? 0 : lastNonReturn + 1);
-    const std::string_view text = stripSpaces(value);
-    // As for sections, appending at the end is tried first.
-    const std::size_t count = keys.size();
-    const auto it = keys.try_emplace(keys.end(), std::move(name), text);
-    if (keys.size() == count)
-        it->second.assign(text);   // a duplicate key: the last one wins
-}
-
-void cIniFile::FoldCase(std::string& name) const
-{
+    std::string folded(name);
     if (!m_caseSensitive)
-        StringFunctions::toLower(name);
+        StringFunctions::toLower(folded);
+    return folded;
+}
+
+std::string cIniFile::KeyName(std::string_view key) const
+{
+    return FoldedName(stripSpaces(key));
 }
 
 std::string cIniFile::Serialize() const
 {
     std::string out;
-    for (const auto& [section, keys] : m_sections) {
+    for (const std::string& section : m_sections.names()) {
         out += '[';
         out += section;
         out += "]\r\n";
-        for (const auto& [key, value] : keys) {
+        for (const auto& [key, value] : *m_sections.find(section)) {
             out += key;
             out += '=';
             out += value;

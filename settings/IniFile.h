@@ -1,9 +1,10 @@
 #pragma once
 
 #include "IniParseCache.h"
+#include "IniSections.h"
 
 #include <cstdint>
-#include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,8 +23,7 @@ extern const char cszIniFileNotFound[];
 class cIniFile
 {
 public:
-    using KeyMap = std::map<std::string, std::string>;
-    using SectionMap = std::map<std::string, KeyMap>;
+    using KeyMap = IniKeyMap;
 
     cIniFile();
     cIniFile(const std::string& path, bool caseSensitive, bool semicolonIsText);
@@ -59,8 +59,9 @@ public:
     std::vector<std::string> GetSections() const;
     // Exact lookup; null when there is no such section.
     const KeyMap* FindSection(const std::string& name) const;
-    // Folds the names when case-insensitive; null when there is no such key.
-    const std::string* FindKey(const std::string& section, const std::string& key) const;
+    // Folds the names when case-insensitive; none when there is no such key.
+    // The value stays valid until the next change of the file in memory.
+    std::optional<std::string_view> FindKey(const std::string& section, const std::string& key) const;
 
     void Flush();
     // Between these two, writes only change the contents in memory; the end
@@ -82,13 +83,14 @@ private:
     static bool ParseSection(std::string_view line, ParseState& state);
     void ParseKey(std::string_view line, ParseState& state);
     void AddToMap(const std::string& section, std::string_view key, std::string_view value);
-    KeyMap& SectionKeys(std::string name);
-    void StoreKey(KeyMap& keys, std::string_view key, std::string_view value) const;
-    void FoldCase(std::string& name) const;
+    // A name as stored: in lower case when the file ignores case.
+    std::string FoldedName(std::string_view name) const;
+    // A key's name as stored: folded, without surrounding blanks.
+    std::string KeyName(std::string_view key) const;
     std::string Serialize() const;
 
     std::string m_path;
-    SectionMap m_sections;
+    IniSections m_sections;
     std::int32_t m_timestamp = 0;
     bool m_modified = false;
     int m_writeHolds = 0;

@@ -90,7 +90,8 @@ private slots:
         const cIniFile::KeyMap* section = colours.FindSection("applicationcolors");
         QVERIFY(section && section->size() > 40);
         for (const auto& entry : *section) {
-            const char* key = entry.first.c_str();
+            const std::string name(entry.first);
+            const char* key = name.c_str();
             // Follow the references through "ColorDefs" down to an RGB triple,
             // dropping the lightness operator of each step.
             QString value = fromLatin1(colours.GetString("ApplicationColors", key, "")).trimmed();

@@ -169,6 +169,46 @@ private slots:
         QCOMPARE(sensitive.GetPath(), path("copy.ini"));
     }
 
+    // Keys and sections out of order, a key changed many times, and an
+    // assigned copy that outlives the file it was copied from.
+    void orderRepeatsAndManyChanges()
+    {
+        QVERIFY(write("order.ini", "[b]\nz=1\ny=2\nz=3\n[a]\nk=v\n[b]\nx=4\ny=5\n[c]\n"));
+        auto ini = std::make_unique<cIniFile>(path("order.ini"), false, false);
+        const auto keysOf = [](const cIniFile& file, const char* section) {
+            QStringList entries;
+            if (const cIniFile::KeyMap* keys = file.FindSection(section)) {
+                for (const auto& [key, value] : *keys)
+                    entries << QString::fromLatin1(key.data(), int(key.size())) + QLatin1Char('=')
+                                   + QString::fromLatin1(value.data(), int(value.size()));
+            }
+            return entries;
+        };
+        QCOMPARE(ini->GetSections(), (std::vector<std::string>{"a", "b"}));
+        QCOMPARE(keysOf(*ini, "b"), QStringList({"x=4", "y=5", "z=3"}));
+
+        ini->HoldWrites();
+        std::string value;
+        for (int i = 0; i < 2000; ++i) {
+            value = std::to_string(i) + std::string(std::size_t(i % 50), 'v');
+            ini->WriteString("B", "Y", value.c_str());
+            ini->WriteString("b", ("new" + std::to_string(i % 7)).c_str(), std::to_string(i).c_str());
+        }
+        ini->ReleaseWrites();
+        QCOMPARE(keysOf(*ini, "b"), QStringList({"new0=1995", "new1=1996", "new2=1997", "new3=1998",
+                                                 "new4=1999", "new5=1993", "new6=1994",
+                                                 "x=4", "y=" + QString::fromStdString(value), "z=3"}));
+        QCOMPARE(keysOf(*ini, "a"), QStringList({"k=v"}));
+
+        cIniFile assigned(path("other.ini"), false, false);
+        assigned = *ini;
+        ini.reset();
+        QCOMPARE(keysOf(assigned, "a"), QStringList({"k=v"}));
+        QCOMPARE(assigned.GetString("b", "y", "-"), value);
+        cIniFile reread(path("order.ini"), false, false);
+        QCOMPARE(*reread.FindSection("b"), *assigned.FindSection("b"));
+    }
+
     void rereadsWhenFileIsNewer()
     {
         const std::string file = path("shared.ini");

@@ -1,0 +1,229 @@
+#include "IniSections.h"
+
+#include <algorithm>
+
+namespace {
+
+// Room made when the first key of a section is read: most sections hold a
+// few dozen keys, and growing one by one would cost an allocation per
+// doubling.
+constexpr std::size_t FirstEntries = 32;
+
+} // namespace
+
+IniSections::IniSections() = default;
+
+IniSections::IniSections(const IniSections& other)
+    : m_text(other.m_text)
+    , m_sections(other.m_sections)
+    , m_unused(other.m_unused)
+    , m_sorted(other.m_sorted)
+{
+    rebind();
+}
+
+IniSections& IniSections::operator=(const IniSections& other)
+{
+    m_text = other.m_text;
+    m_sections = other.m_sections;
+    m_unused = other.m_unused;
+    m_sorted = other.m_sorted;
+    rebind();
+    return *this;
+}
+
+IniSections::~IniSections() = default;
+
+std::vector<std::string> IniSections::names() const
+{
+    std::vector<std::string> names;
+    names.reserve(m_sections.size());
+    for (const Section& section : m_sections)
+        names.push_back(section.name);
+    return names;
+}
+
+const IniKeyMap* IniSections::find(std::string_view section) const
+{
+    const std::size_t index = lowerBound(section);
+    return index < m_sections.size() && m_sections[index].name == section ? &m_sections[index].keys : nullptr;
+}
+
+std::optional<std::string_view> IniSections::find(std::string_view section, std::string_view key) const
+{
+    const IniKeyMap* keys = find(section);
+    return keys ? keys->find(key) : std::nullopt;
+}
+
+std::size_t IniSections::beginSection(std::string_view name)
+{
+    if (!m_sections.empty()) {
+        const std::string& last = m_sections.back().name;
+        if (last == name)
+            return m_sections.size() - 1;
+        m_sorted = m_sorted && last < name;
+    }
+    m_sections.push_back({std::string(name), IniKeyMap(&m_text)});
+    return m_sections.size() - 1;
+}
+
+void IniSections::append(std::size_t section, std::string_view key, std::string_view value)
+{
+    IniKeyMap& keys = m_sections[section].keys;
+    if (keys.m_entries.empty()) {
+        keys.m_entries.reserve(FirstEntries);
+    } else if (keys.m_sorted) {
+        // Files written by this program list their keys in order: the common
+        // case stays sorted, and a repeated last key is replaced at once.
+        const std::string_view last = keys.nameOf(keys.m_entries.back());
+        if (key == last) {
+            setValue(keys.m_entries.back(), value);
+            return;
+        }
+        keys.m_sorted = last < key;
+    }
+    keys.m_entries.push_back(store(key, value));
+}
+
+void IniSections::finishReading()
+{
+    if (!m_sorted) {
+        // Stable, so that the keys of a section listed twice stay in the
+        // order they were read when they are merged below.
+        std::stable_sort(m_sections.begin(), m_sections.end(),
+                         [](const Section& a, const Section& b) { return a.name < b.name; });
+        std::size_t kept = 0;
+        for (std::size_t i = 0; i < m_sections.size(); ++i) {
+            if (kept > 0 && m_sections[kept - 1].name == m_sections[i].name) {
+                auto& into = m_sections[kept - 1].keys.m_entries;
+                const auto& more = m_sections[i].keys.m_entries;
+                into.insert(into.end(), more.begin(), more.end());
+                m_sections[kept - 1].keys.m_sorted = false;
+            } else if (kept++ != i) {
+                m_sections[kept - 1] = std::move(m_sections[i]);
+            }
+        }
+        m_sections.resize(kept, {std::string(), IniKeyMap(&m_text)});
+        m_sorted = true;
+    }
+    for (Section& section : m_sections)
+        sortKeys(section.keys);
+    compact();
+}
+
+void IniSections::assign(std::string_view section, std::string_view key, std::string_view value)
+{
+    IniKeyMap& keys = sectionToChange(section);
+    const std::size_t index = keys.lowerBound(key);
+    if (index < keys.m_entries.size() && keys.nameOf(keys.m_entries[index]) == key) {
+        setValue(keys.m_entries[index], value);
+        compact();
+        return;
+    }
+    const IniKeyMap::Entry entry = store(key, value);
+    keys.m_entries.insert(keys.m_entries.begin() + std::ptrdiff_t(index), entry);
+}
+
+void IniSections::clearSection(std::string_view section)
+{
+    IniKeyMap& keys = sectionToChange(section);
+    for (const IniKeyMap::Entry& entry : keys.m_entries)
+        m_unused += entry.nameLength + entry.valueLength;
+    keys.m_entries.clear();
+    compact();
+}
+
+void IniSections::clear()
+{
+    m_text.clear();
+    m_sections.clear();
+    m_unused = 0;
+    m_sorted = true;
+}
+
+std::size_t IniSections::lowerBound(std::string_view name) const
+{
+    const auto it = std::lower_bound(m_sections.begin(), m_sections.end(), name,
+                                     [](const Section& section, std::string_view wanted) {
+                                         return std::string_view(section.name) < wanted;
+                                     });
+    return std::size_t(it - m_sections.begin());
+}
+
+IniKeyMap& IniSections::sectionToChange(std::string_view name)
+{
+    const std::size_t index = lowerBound(name);
+    if (index < m_sections.size() && m_sections[index].name == name)
+        return m_sections[index].keys;
+    return m_sections.insert(m_sections.begin() + std::ptrdiff_t(index), {std::string(name), IniKeyMap(&m_text)})
+        ->keys;
+}
+
+IniKeyMap::Entry IniSections::store(std::string_view name, std::string_view value)
+{
+    const auto nameOffset = std::uint32_t(m_text.size());
+    m_text.append(name);
+    const auto valueOffset = std::uint32_t(m_text.size());
+    m_text.append(value);
+    return {nameOffset, std::uint32_t(name.size()), valueOffset, std::uint32_t(value.size())};
+}
+
+void IniSections::setValue(IniKeyMap::Entry& entry, std::string_view value)
+{
+    if (value.size() <= entry.valueLength) {
+        m_text.replace(entry.value, value.size(), value);
+        m_unused += entry.valueLength - value.size();
+    } else {
+        m_unused += entry.valueLength;
+        entry.value = std::uint32_t(m_text.size());
+        m_text.append(value);
+    }
+    entry.valueLength = std::uint32_t(value.size());
+}
+
+void IniSections::sortKeys(IniKeyMap& keys)
+{
+    if (keys.m_sorted)
+        return;
+    auto& entries = keys.m_entries;
+    // Stable, so that among equal names the one read last ends up last and
+    // stays.
+    std::stable_sort(entries.begin(), entries.end(), [&keys](const IniKeyMap::Entry& a, const IniKeyMap::Entry& b) {
+        return keys.nameOf(a) < keys.nameOf(b);
+    });
+    const auto keptEnd = std::unique(entries.rbegin(), entries.rend(),
+                                     [&keys](const IniKeyMap::Entry& a, const IniKeyMap::Entry& b) {
+                                         return keys.nameOf(a) == keys.nameOf(b);
+                                     });
+    for (auto dropped = entries.begin(); dropped != keptEnd.base(); ++dropped)
+        m_unused += dropped->nameLength + dropped->valueLength;
+    entries.erase(entries.begin(), keptEnd.base());
+    keys.m_sorted = true;
+}
+
+void IniSections::rebind()
+{
+    for (Section& section : m_sections)
+        section.keys.m_text = &m_text;
+}
+
+// Rewrites the text without the parts no entry uses once they make up half
+// of it, so that a file changed many times does not keep growing in memory.
+void IniSections::compact()
+{
+    if (m_unused == 0 || m_unused < m_text.size() / 2)
+        return;
+    std::string text;
+    text.reserve(m_text.size() - m_unused);
+    for (Section& section : m_sections) {
+        for (IniKeyMap::Entry& entry : section.keys.m_entries) {
+            const auto name = std::uint32_t(text.size());
+            text.append(section.keys.nameOf(entry));
+            const auto value = std::uint32_t(text.size());
+            text.append(section.keys.valueOf(entry));
+            entry = {name, entry.nameLength, value, entry.valueLength};
+        }
+    }
+    m_text = std::move(text);
+    m_unused = 0;
+}
