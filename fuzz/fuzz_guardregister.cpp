@@ -18,8 +18,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     auto reg = std::make_unique<InstanceRegister>();
     auto* bytes = reinterpret_cast<std::uint8_t*>(reg.get());
     std::memset(bytes, 0, sizeof(InstanceRegister));
-    for (std::size_t filled = 0; size > 0 && filled < sizeof(InstanceRegister); filled += size)
-        std::memcpy(bytes + filled, data, std::min(size, sizeof(InstanceRegister) - filled));
+    if (size > 0) {
+        std::size_t filled = std::min(size, sizeof(InstanceRegister));
+        std::memcpy(bytes, data, filled);
+        // Doubling the copied part keeps a one-byte input from taking a
+        // copy per byte of the register.
+        for (; filled < sizeof(InstanceRegister); filled *= 2)
+            std::memcpy(bytes + filled, bytes, std::min(filled, sizeof(InstanceRegister) - filled));
+    }
 
     reg->isValid();
     reg->policy();
