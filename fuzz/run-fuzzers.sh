@@ -54,8 +54,12 @@ run_target() {
         -print_final_stats=1 -artifact_prefix="$findings/" >"$findings.log" 2>&1 || true
 }
 
-rm -rf "$build/fuzz-findings"
+# Only this run's targets start afresh, so that runs of other targets at the
+# same time keep theirs.
 mkdir -p "$build/fuzz-findings"
+for name in "${targets[@]}"; do
+    rm -rf "$build/fuzz-findings/$name" "$build/fuzz-findings/$name.log"
+done
 echo "Fuzzing ${targets[*]} for ${seconds} s each, $jobs at a time"
 for name in "${targets[@]}"; do
     while [ "$(jobs -rp | wc -l)" -ge "$jobs" ]; do wait -n || true; done
