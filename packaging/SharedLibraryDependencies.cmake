@@ -1,8 +1,8 @@
 # CPack runs this before it packs the staged files: dpkg-shlibdeps turns the
 # libraries the programs link into the package's Depends, and those of the
 # start-sound module into Recommends only, since the launcher runs silently
-# without it. Qt Multimedia pulls in a whole media stack, which a user who
-# wants no sound need not install.
+# without it: a user who wants no sound need not install the sound server's
+# client library.
 
 # The ELF files among the staged files, the sound module apart.
 file(GLOB_RECURSE staged LIST_DIRECTORIES false "${CPACK_TEMPORARY_DIRECTORY}/*")

@@ -42,8 +42,8 @@ shows ' ./opt/
 depends=$(dpkg-deb -f "$deb" Depends)
 recommends=$(dpkg-deb -f "$deb" Recommends)
 [[ $depends == *libqt6widgets6* && $depends == *fonts-liberation2* ]] || fail "Depends: $depends"
-[[ $depends == *qt6-qpa-plugins* || $depends == *multimedia* ]] && fail "Depends: $depends"
-[[ $recommends == *libqt6multimedia6* ]] || fail "Recommends: $recommends"
+[[ $depends == *qt6-qpa-plugins* || $depends == *libpulse* ]] && fail "Depends: $depends"
+[[ $recommends == *libpulse0* ]] || fail "Recommends: $recommends"
 
 # shows <text> <command...>: whether the command's output holds the text. (A
 # pipe into grep -q would let the command die of SIGPIPE, failing the pipe.)
