@@ -23,11 +23,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     // Short inputs are repeated over the header and the first slots, so
     // that each of them sees the bytes at another offset; the slots after
-    // those stay zero (free) unless the input is longer. Reading every slot
-    // of a register full of long argument lists takes milliseconds.
+    // those stay as a new register has them (free, no arguments) unless the
+    // input is longer. Reading every slot of a register full of long
+    // argument lists takes milliseconds.
     auto reg = std::make_unique<InstanceRegister>();
     auto* bytes = reinterpret_cast<std::uint8_t*>(reg.get());
     std::memset(bytes, 0, sizeof(InstanceRegister));
+    reg->initialise(0);
     const std::size_t repeatedPart =
         std::max(size, offsetof(InstanceRegister, processInfo) + RepeatedSlots * sizeof(ProcessInfo));
     const std::size_t wanted = std::min(repeatedPart, sizeof(InstanceRegister));

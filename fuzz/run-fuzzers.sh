@@ -19,7 +19,7 @@ build=${BUILD_DIR:-$root/build-fuzz}
 seconds=${FUZZ_SECONDS:-60}
 runs=${FUZZ_RUNS:--1}
 jobs=${FUZZ_JOBS:-$(nproc)}
-all_targets=(inifile archive colors date guardargs plist casefile dmfilename overview guardregister version tokenizer)
+all_targets=(inifile inifilelarge archive colors date guardargs plist casefile dmfilename overview guardregister version tokenizer wave)
 targets=("$@")
 [ ${#targets[@]} -gt 0 ] || targets=("${all_targets[@]}")
 
