@@ -13,7 +13,24 @@ if ! BUILD_DIR=$build BUILD_TYPE=Release "$root/scripts/build.sh" bench/all >"$l
     exit 1
 fi
 
+# The launcher's start sound plays during the start-up benchmark: when no
+# sound server is set, a private PulseAudio server with a silent output is
+# started for the run, if PulseAudio is installed.
+if [ -z "${PULSE_SERVER:-}" ] && command -v pulseaudio >/dev/null; then
+    pulse_home=$(mktemp -d)
+    HOME=$pulse_home XDG_RUNTIME_DIR=$pulse_home pulseaudio -n --daemonize=no --exit-idle-time=-1 \
+        --use-pid-file=no -L module-null-sink -L module-native-protocol-unix >/dev/null 2>&1 &
+    pulse_pid=$!
+    trap 'rm -f "$log"; kill "$pulse_pid" 2>/dev/null; rm -rf "$pulse_home"' EXIT
+    for _ in $(seq 50); do
+        [ -S "$pulse_home/pulse/native" ] && break
+        sleep 0.1
+    done
+    [ -S "$pulse_home/pulse/native" ] && export PULSE_SERVER=unix:$pulse_home/pulse/native
+fi
+
 echo "machine: $(uname -m), $(nproc) cores"
+echo "sound server: ${PULSE_SERVER:-none}"
 failed=0
 for program in "$build"/bench/bench_*; do
     [ -f "$program" ] && [ -x "$program" ] || continue
