@@ -1,6 +1,7 @@
 #include "Archive.h"
 
 #include "CrossPlatformApi.h"
+#include "RegularFile.h"
 #include "StringFunctions.h"
 
 #include <cstdint>
@@ -159,7 +160,14 @@ cArchive::CacheItem cArchive::getCacheItem(std::ifstream& in, const std::string&
 
 bool cArchive::openForReading(std::ifstream& in) const
 {
-    in.open(CrossPlatformApi::fileSystemEncoding(m_fileName), std::ios::binary);
+    // A FIFO or a device in the container's place would block or never end
+    // the stream: only a regular file is opened.
+    const std::string nativePath = CrossPlatformApi::fileSystemEncoding(m_fileName);
+    const int descriptor = RegularFile::openForReading(nativePath);
+    if (descriptor < 0)
+        return false;
+    ::close(descriptor);
+    in.open(nativePath, std::ios::binary);
     return in.is_open();
 }
 

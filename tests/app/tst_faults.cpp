@@ -169,6 +169,9 @@ private slots:
         QVERIFY(::mkfifo(QFile::encodeName(resources + QStringLiteral("default.ini")).constData(), 0600) == 0);
         QVERIFY(QFile::remove(resources + QStringLiteral("qt_de.qm")) || !QFile::exists(resources + QStringLiteral("qt_de.qm")));
         QVERIFY(QFile::link(QStringLiteral("/dev/zero"), resources + QStringLiteral("qt_de.qm")));
+        const QString container = resources + QStringLiteral("media/images_mac.cnt");
+        QVERIFY(QFile::remove(container));
+        QVERIFY(::mkfifo(QFile::encodeName(container).constData(), 0600) == 0);
 
         const auto launcher = installation.start();
         QVERIFY2(launcher->waitForOutput("start-up complete"), launcher->output().constData());
