@@ -10,10 +10,12 @@
 
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
 #include <QDir>
 #include <QFileInfo>
 #include <QUrl>
 
+#include <functional>
 #include <string>
 
 namespace {
@@ -63,7 +65,11 @@ bool openWebPage(const std::string& address, const QString& title, const QString
 }
 
 // Asks the desktop's file manager to show the item selected in its folder.
-bool showItemInFileManager(const QString& path)
+// Asks the desktop's file manager on the session bus to show the item
+// selected, without waiting for the answer: a file manager that the bus
+// starts for the call may take seconds. When none answers, otherwise() runs
+// once that is known. False when there is no session bus to ask.
+bool showItemInFileManager(const QString& path, const std::function<void()>& otherwise)
 {
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected())
@@ -72,7 +78,13 @@ bool showItemInFileManager(const QString& path)
         QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("/org/freedesktop/FileManager1"),
         QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("ShowItems"));
     call << QStringList{QUrl::fromLocalFile(path).toString()} << QString();
-    return bus.call(call, QDBus::Block, 5000).type() == QDBusMessage::ReplyMessage;
+    auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(call, 5000));
+    QObject::connect(watcher, &QDBusPendingCallWatcher::finished, [otherwise](QDBusPendingCallWatcher* answer) {
+        if (answer->isError())
+            otherwise();
+        answer->deleteLater();
+    });
+    return true;
 }
 
 } // namespace
@@ -143,13 +155,13 @@ bool openTaxFolder()
 bool openProgramFolder()
 {
     const QString bundle = fromLatin1(mainBundlePath());
-    if (!bundle.isEmpty()
-        && (showItemInFileManager(bundle)
-            || CrossPlatformApi::openUrl(QUrl::fromLocalFile(QFileInfo(bundle).path())))) {
-        return true;
-    }
-    reportFailure(QStringLiteral("Programmordner öffnen"), folderFailureText(bundle));
-    return false;
+    const auto openFolder = [bundle] {
+        if (!bundle.isEmpty() && CrossPlatformApi::openUrl(QUrl::fromLocalFile(QFileInfo(bundle).path())))
+            return true;
+        reportFailure(QStringLiteral("Programmordner öffnen"), folderFailureText(bundle));
+        return false;
+    };
+    return (!bundle.isEmpty() && showItemInFileManager(bundle, openFolder)) || openFolder();
 }
 
 bool startReportTool()

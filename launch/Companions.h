@@ -16,6 +16,9 @@ bool openManual();
 bool openTaxbook();
 bool showMarvendo();
 bool openTaxFolder();
+// Selects the bundle in the desktop's file manager, or opens the folder it
+// lies in where no file manager answers on the session bus. The file
+// manager's answer is not waited for: true means the request is under way.
 bool openProgramFolder();
 bool startReportTool();
 bool startNetViewer();
