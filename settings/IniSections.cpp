@@ -4,10 +4,9 @@
 
 namespace {
 
-// Room made when the first key of a section is read: most sections hold a
-// few dozen keys, and growing one by one would cost an allocation per
-// doubling.
-constexpr std::size_t FirstEntries = 32;
+// Room made when the first key of a section is read, rather than growing
+// one entry at a time.
+constexpr std::size_t FirstEntries = 8;
 
 } // namespace
 
@@ -57,14 +56,16 @@ std::optional<std::string_view> IniSections::find(std::string_view section, std:
 
 std::size_t IniSections::beginSection(std::string_view name)
 {
-    if (!m_sections.empty()) {
-        const std::string& last = m_sections.back().name;
-        if (last == name)
-            return m_sections.size() - 1;
-        m_sorted = m_sorted && last < name;
+    if (!m_sections.empty() && m_sections.back().name == name)
+        return m_sections.size() - 1;
+    // A section listed again gathers its keys where it was listed first, so
+    // that memory grows with the sections, not with their headers.
+    const auto [known, added] = m_readIndex.try_emplace(std::string(name), m_sections.size());
+    if (added) {
+        m_sorted = m_sorted && (m_sections.empty() || m_sections.back().name < name);
+        m_sections.push_back({std::string(name), IniKeyMap(&m_text)});
     }
-    m_sections.push_back({std::string(name), IniKeyMap(&m_text)});
-    return m_sections.size() - 1;
+    return known->second;
 }
 
 void IniSections::append(std::size_t section, std::string_view key, std::string_view value)
@@ -87,23 +88,10 @@ void IniSections::append(std::size_t section, std::string_view key, std::string_
 
 void IniSections::finishReading()
 {
+    std::unordered_map<std::string, std::size_t>().swap(m_readIndex);
     if (!m_sorted) {
-        // Stable, so that the keys of a section listed twice stay in the
-        // order they were read when they are merged below.
-        std::stable_sort(m_sections.begin(), m_sections.end(),
-                         [](const Section& a, const Section& b) { return a.name < b.name; });
-        std::size_t kept = 0;
-        for (std::size_t i = 0; i < m_sections.size(); ++i) {
-            if (kept > 0 && m_sections[kept - 1].name == m_sections[i].name) {
-                auto& into = m_sections[kept - 1].keys.m_entries;
-                const auto& more = m_sections[i].keys.m_entries;
-                into.insert(into.end(), more.begin(), more.end());
-                m_sections[kept - 1].keys.m_sorted = false;
-            } else if (kept++ != i) {
-                m_sections[kept - 1] = std::move(m_sections[i]);
-            }
-        }
-        m_sections.resize(kept, {std::string(), IniKeyMap(&m_text)});
+        std::sort(m_sections.begin(), m_sections.end(),
+                  [](const Section& a, const Section& b) { return a.name < b.name; });
         m_sorted = true;
     }
     for (Section& section : m_sections)
@@ -137,6 +125,7 @@ void IniSections::clear()
 {
     m_text.clear();
     m_sections.clear();
+    m_readIndex.clear();
     m_unused = 0;
     m_sorted = true;
 }

@@ -5,15 +5,16 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 // The sections of one INI file in memory, in byte-wise order of their names,
 // each with its keys. All names and values lie in one text block, so that a
 // file of many sections and keys is held in a handful of allocations.
 //
-// A file is read in its own order with beginSection() and append(); then
-// finishReading() puts sections and keys in order once, merging a section
-// listed twice and letting the last of equal key names win. Changes after
+// A file is read in its own order with beginSection() and append(); a
+// section listed twice gathers its keys in one place. Then finishReading()
+// puts sections and keys in order once, the last of equal key names winning. Changes after
 // that keep the order. Names arrive folded as the file's rules want them.
 class IniSections
 {
@@ -55,8 +56,10 @@ private:
 
     std::string m_text;
     std::vector<Section> m_sections;
+    // While a file is read: where each section listed so far is.
+    std::unordered_map<std::string, std::size_t> m_readIndex;
     // Bytes of the text that no entry refers to any more.
     std::size_t m_unused = 0;
-    // False once a file listed a section after one whose name comes later.
+    // False once a file listed a new section after one whose name comes later.
     bool m_sorted = true;
 };

@@ -234,6 +234,14 @@ private slots:
             cIniFile refused(native(folder + QLatin1String(name)), false, false);
             QVERIFY2(refused.GetSections().empty(), name);
         }
+        // A million section headers naming the same two sections hold two sections.
+        QByteArray headers;
+        for (int i = 0; i < 1 << 19; ++i)
+            headers += "[a]\nk=1\n[B]\nk=2\n";
+        QVERIFY(m_install->writeFile(QStringLiteral("hostile/headers.ini"), headers));
+        cIniFile repeated(native(folder + QStringLiteral("headers.ini")), false, false);
+        QCOMPARE(repeated.GetSections(), (std::vector<std::string>{"a", "b"}));
+        QCOMPARE(repeated.GetString("B", "k", ""), std::string("2"));
         QVERIFY2(peakResidentKiB() - peakBefore < 64 * 1024,
                  qPrintable(QStringLiteral("peak grew by %1 KiB").arg(peakResidentKiB() - peakBefore)));
 
