@@ -174,19 +174,24 @@ void IniSections::sortKeys(IniKeyMap& keys)
 {
     if (keys.m_sorted)
         return;
+    // The last entry of each name wins. Those are picked first, so that a
+    // section that repeats a few names many times sorts only the few.
     auto& entries = keys.m_entries;
-    // Stable, so that among equal names the one read last ends up last and
-    // stays.
-    std::stable_sort(entries.begin(), entries.end(), [&keys](const IniKeyMap::Entry& a, const IniKeyMap::Entry& b) {
+    std::unordered_map<std::string_view, std::size_t> lastOfName;
+    for (std::size_t i = 0; i < entries.size(); ++i)
+        lastOfName[keys.nameOf(entries[i])] = i;
+    std::vector<IniKeyMap::Entry> kept;
+    kept.reserve(lastOfName.size());
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        if (lastOfName[keys.nameOf(entries[i])] == i)
+            kept.push_back(entries[i]);
+        else
+            m_unused += entries[i].nameLength + entries[i].valueLength;
+    }
+    std::sort(kept.begin(), kept.end(), [&keys](const IniKeyMap::Entry& a, const IniKeyMap::Entry& b) {
         return keys.nameOf(a) < keys.nameOf(b);
     });
-    const auto keptEnd = std::unique(entries.rbegin(), entries.rend(),
-                                     [&keys](const IniKeyMap::Entry& a, const IniKeyMap::Entry& b) {
-                                         return keys.nameOf(a) == keys.nameOf(b);
-                                     });
-    for (auto dropped = entries.begin(); dropped != keptEnd.base(); ++dropped)
-        m_unused += dropped->nameLength + dropped->valueLength;
-    entries.erase(entries.begin(), keptEnd.base());
+    entries = std::move(kept);
     keys.m_sorted = true;
 }
 
