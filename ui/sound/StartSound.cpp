@@ -58,19 +58,19 @@ pa_sample_format_t sampleFormat(WaveSound::Encoding encoding)
 // Plays the sound to its end or until stop is set. Runs on its own thread.
 void play(const WaveSound& sound, const std::shared_ptr<std::atomic<bool>>& stop)
 {
-    pa_sample_spec spec;
-    spec.format = sampleFormat(sound.encoding);
-    spec.channels = std::uint8_t(sound.channels);
-    spec.rate = sound.sampleRate;
+    pa_sample_spec streamFormat;
+    streamFormat.format = sampleFormat(sound.encoding);
+    streamFormat.channels = std::uint8_t(sound.channels);
+    streamFormat.rate = sound.sampleRate;
     int error = 0;
-    pa_simple* stream = pa_simple_new(nullptr, "Start-Center", PA_STREAM_PLAYBACK, nullptr, "Startklang", &spec,
+    pa_simple* stream = pa_simple_new(nullptr, "Start-Center", PA_STREAM_PLAYBACK, nullptr, "Startklang", &streamFormat,
                                       nullptr, nullptr, &error);
     if (!stream) {
         qCDebug(lcSound) << "the sound server refused the start sound:" << pa_strerror(error);
         return;
     }
-    const std::size_t frame = pa_frame_size(&spec);
-    const std::size_t slice = std::max<std::size_t>(frame, pa_usec_to_bytes(SliceMilliseconds * 1000, &spec));
+    const std::size_t frame = pa_frame_size(&streamFormat);
+    const std::size_t slice = std::max<std::size_t>(frame, pa_usec_to_bytes(SliceMilliseconds * 1000, &streamFormat));
     for (std::size_t at = 0; at < sound.samples.size() && !*stop; at += slice) {
         const std::size_t length = std::min(slice, sound.samples.size() - at);
         if (pa_simple_write(stream, sound.samples.data() + at, length, &error) < 0) {
