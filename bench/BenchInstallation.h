@@ -30,6 +30,14 @@
 
 namespace bench {
 
+// The benchmarks that build the launcher's window in their own process run
+// offscreen unless a platform is set. Call before the QApplication exists.
+inline void preferOffscreen()
+{
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+}
+
 // The working folder of the sample installation below home.
 inline QString caseFolder(const QString& home)
 {

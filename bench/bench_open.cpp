@@ -50,8 +50,7 @@ double timeOpening(const std::function<void(StartCenter&)>& open)
 
 int main(int argc, char** argv)
 {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
+    bench::preferOffscreen();
     QApplication application(argc, argv);
     QTemporaryDir home;
     if (!home.isValid())

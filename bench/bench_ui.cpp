@@ -303,8 +303,7 @@ void compareBulkApply(const QString& scratch)
 
 int main(int argc, char** argv)
 {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
+    bench::preferOffscreen();
     QApplication application(argc, argv);
     CrossPlatformApi::setUrlOpener([](const QUrl&) { return true; });
 
