@@ -9,6 +9,8 @@
 #include <cstdio>
 #include <vector>
 
+#include <malloc.h>
+
 namespace bench {
 
 // Keeps the compiler from dropping a computation whose result is unused.
@@ -55,7 +57,9 @@ inline void printResult(const char* name, double oursMs, double referenceMs)
 
 // Times ours and the reference alternately, runs times each, so that both see
 // the same machine load, and prints the medians. prepare() runs untimed
-// before every timed call.
+// before every timed call. The heap is tidied untimed as well: otherwise the
+// first large allocation of one side pays for merging the small blocks the
+// other side freed just before.
 template<class Prepare, class Ours, class Reference>
 void compare(const char* name, int runs, Prepare&& prepare, Ours&& ours, Reference&& reference)
 {
@@ -63,8 +67,10 @@ void compare(const char* name, int runs, Prepare&& prepare, Ours&& ours, Referen
     std::vector<double> referenceTimes;
     for (int i = 0; i < runs; ++i) {
         prepare();
+        malloc_trim(0);
         oursTimes.push_back(timeMs(ours));
         prepare();
+        malloc_trim(0);
         referenceTimes.push_back(timeMs(reference));
     }
     printResult(name, median(oursTimes), median(referenceTimes));
