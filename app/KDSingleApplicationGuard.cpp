@@ -1,4 +1,5 @@
 #include "KDSingleApplicationGuard.h"
+#include "AppLogging.h"
 #include "KDSingleApplicationGuardFiles.h"
 #include "KDSingleApplicationGuard_p.h"
 
@@ -6,7 +7,6 @@
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QFile>
-#include <QLoggingCategory>
 #include <QSocketNotifier>
 #include <QTimerEvent>
 
@@ -22,8 +22,6 @@
 #include <unistd.h>
 
 namespace {
-
-Q_LOGGING_CATEGORY(lcStartUp, "startcenter.startup", QtWarningMsg)
 
 constexpr int PollInterval = 250;    // ms between two looks at the register
 constexpr int JoinTimeout = 3000;    // ms a start or an exit waits for the register's lock

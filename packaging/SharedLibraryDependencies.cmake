@@ -1,10 +1,10 @@
 # CPack runs this before it packs the staged files: dpkg-shlibdeps turns the
 # libraries the programs link into the package's Depends, and those of the
-# start-sound module into Recommends only, since the launcher runs silently
+# start-sound program into Recommends only, since the launcher runs silently
 # without it: a user who wants no sound need not install the sound server's
 # client library.
 
-# The ELF files among the staged files, the sound module apart.
+# The ELF files among the staged files, the sound program apart.
 file(GLOB_RECURSE staged LIST_DIRECTORIES false "${CPACK_TEMPORARY_DIRECTORY}/*")
 set(programs "")
 set(sound "")
@@ -16,7 +16,7 @@ foreach(path IN LISTS staged)
     if(NOT magic STREQUAL "7f454c46")
         continue()
     endif()
-    if(path MATCHES "/libstartsound\\.so$")
+    if(path MATCHES "/MacOS/startsound$")
         list(APPEND sound "${path}")
     else()
         list(APPEND programs "${path}")

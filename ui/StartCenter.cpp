@@ -21,9 +21,10 @@
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QKeyEvent>
-#include <QLibrary>
+#include <QProcess>
 #include <QScreen>
 
+#include <iterator>
 #include <utility>
 
 namespace {
@@ -64,19 +65,35 @@ bool switchSettingsTo(int mode, QWidget* parent)
     }
 }
 
-// Plays through the sound module beside the launcher (see
-// sound/StartSound.cpp); silent when the module is missing.
-void playThroughSoundModule(const QString& path, QObject* owner)
+// Plays through the sound program beside the launcher (sound/StartSound.cpp).
+// The program is a child of owner: it ends when owner goes, and so does the
+// sound. Why a sound stayed silent is told on startcenter.sound.
+void playThroughSoundProgram(const QString& path, QObject* owner)
 {
-    using PlayStartSound = QObject* (*)(const QString& path, QObject* parent);
-    QLibrary module(QCoreApplication::applicationDirPath() + QStringLiteral("/startsound"));
-    if (const auto play = reinterpret_cast<PlayStartSound>(module.resolve("scPlayStartSound")))
-        play(path, owner);
+    static const char* const reasons[] = {"played", "wrong arguments", "no sound server",
+                                          "no playable WAVE file", "the sound server refused the sound"};
+    auto* program = new QProcess(owner);
+    program->setProgram(QCoreApplication::applicationDirPath() + QStringLiteral("/startsound"));
+    program->setArguments({path});
+    program->setStandardOutputFile(QProcess::nullDevice());
+    program->setStandardErrorFile(QProcess::nullDevice());
+    QObject::connect(program, &QProcess::finished, program, [program, path](int status, QProcess::ExitStatus exit) {
+        if (exit == QProcess::NormalExit && status > 0 && status < int(std::size(reasons)))
+            qCDebug(lcSound) << "start sound left out:" << reasons[status] << path;
+        program->deleteLater();
+    });
+    QObject::connect(program, &QProcess::errorOccurred, program, [program](QProcess::ProcessError error) {
+        if (error == QProcess::FailedToStart) {
+            qCDebug(lcSound) << "the sound program did not start:" << program->errorString();
+            program->deleteLater();
+        }
+    });
+    program->start();
 }
 
 StartCenter::StartSoundPlayer& startSoundPlayer()
 {
-    static StartCenter::StartSoundPlayer player = playThroughSoundModule;
+    static StartCenter::StartSoundPlayer player = playThroughSoundProgram;
     return player;
 }
 
@@ -158,9 +175,9 @@ int StartCenter::getVersionType()
 
 // The sound file is "Sounds"/"SoundDir" (relative to the application
 // folder) followed directly by "Sounds"/"StartCenter". A missing file or a
-// machine without sound output stays silent. The sound module and the sound
-// system it brings are loaded only after the window's first frame, so the
-// window neither waits for them nor carries their weight before it.
+// machine without sound output stays silent. The sound program starts only
+// after the window's first frame, so the window never waits for it, and the
+// sound system lives in that program, not in the launcher.
 void StartCenter::playStartSound()
 {
     if (settingInt("Sounds", "StartJingle", 1) != 1)

@@ -1,6 +1,8 @@
 #include "TestMain.h"
 #include "WaveFile.h"
 
+#include <QProcess>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <string>
@@ -48,6 +50,7 @@ class TestWaveFile : public QObject
 
 private slots:
     void readsFormatAndWholeFramesOnly();
+    void soundProgramTellsWhyItStayedSilent();
 };
 
 void TestWaveFile::readsFormatAndWholeFramesOnly()
@@ -91,6 +94,43 @@ void TestWaveFile::readsFormatAndWholeFramesOnly()
     };
     for (const std::string& bytes : refused)
         QVERIFY2(!parseWave(bytes), QByteArray::fromStdString(bytes).toHex().constData());
+}
+
+// The launcher logs why a start sound stayed silent from the sound program's
+// exit status: each reason has its own.
+void TestWaveFile::soundProgramTellsWhyItStayedSilent()
+{
+    QTemporaryDir folder;
+    QVERIFY(folder.isValid());
+    const QString playable = folder.filePath(QStringLiteral("start.wav"));
+    const QString text = folder.filePath(QStringLiteral("notes.txt"));
+    for (const auto& [path, content] :
+         {std::pair(playable, wave(format(1, 1, 8000, 8) + chunk("data", std::string(800, '\x80')))),
+          std::pair(text, std::string("kein Klang"))}) {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(content.data(), qint64(content.size()));
+    }
+
+    const auto exitStatus = [&](const QStringList& arguments, const QString& server) {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), folder.path());   // no server socket there
+        environment.remove(QStringLiteral("PULSE_SERVER"));
+        if (!server.isEmpty())
+            environment.insert(QStringLiteral("PULSE_SERVER"), server);
+        QProcess program;
+        program.setProcessEnvironment(environment);
+        program.start(QStringLiteral(SC_START_SOUND), arguments);
+        return program.waitForFinished(10000) && program.exitStatus() == QProcess::NormalExit ? program.exitCode()
+                                                                                                  : -1;
+    };
+    const QString noServer = QStringLiteral("unix:") + folder.filePath(QStringLiteral("missing"));
+    QCOMPARE(exitStatus({}, noServer), 1);
+    QCOMPARE(exitStatus({playable, text}, noServer), 1);
+    QCOMPARE(exitStatus({playable}, QString()), 2);
+    QCOMPARE(exitStatus({text}, noServer), 3);
+    QCOMPARE(exitStatus({folder.path()}, noServer), 3);
+    QCOMPARE(exitStatus({playable}, noServer), 4);
 }
 
 SC_TEST(TestWaveFile)
