@@ -41,13 +41,13 @@ SelectionButton::SelectionButton(QWidget* parent)
 void SelectionButton::setText(const QString& text)
 {
     QPushButton::setText(text);
-    calculateTextRects();
+    m_textLaidOut = false;
 }
 
 void SelectionButton::setSubText(const QString& subText)
 {
     m_subText = subText;
-    calculateTextRects();
+    m_textLaidOut = false;
     updateGeometry();
     update();
 }
@@ -55,7 +55,7 @@ void SelectionButton::setSubText(const QString& subText)
 void SelectionButton::setFontSize(int pointSize)
 {
     m_fontSize = pointSize;
-    calculateTextRects();
+    m_textLaidOut = false;
     updateGeometry();
     update();
 }
@@ -84,9 +84,23 @@ QRect SelectionButton::iconRect() const
     return QRect(margin, (height() - IconSize) / 2, IconSize, IconSize);
 }
 
+QRect SelectionButton::textRect() const
+{
+    if (!m_textLaidOut)
+        calculateTextRects();
+    return m_textRect;
+}
+
+QRect SelectionButton::subTextRect() const
+{
+    if (!m_textLaidOut)
+        calculateTextRects();
+    return m_subTextRect;
+}
+
 // Caption and sub-caption form one block, centred vertically in the space
 // right of the icon; each wraps at word boundaries when it is too wide.
-void SelectionButton::calculateTextRects()
+void SelectionButton::calculateTextRects() const
 {
     const int left = margin + IconSize + iconTextGap;
     const int width = qMax(0, this->width() - left - margin);
@@ -103,6 +117,7 @@ void SelectionButton::calculateTextRects()
     m_subTextRect = subCaption.isNull()
         ? QRect()
         : QRect(left, m_textRect.bottom() + 1 + captionGap, width, subCaption.height());
+    m_textLaidOut = true;
 }
 
 QSize SelectionButton::sizeHint() const
@@ -142,10 +157,10 @@ void SelectionButton::paintEvent(QPaintEvent*)
 
     painter.setPen(textColor);
     painter.setFont(captionFont());
-    painter.drawText(m_textRect, captionFlags, text());
+    painter.drawText(textRect(), captionFlags, text());
     if (!m_subText.isEmpty()) {
         painter.setFont(subCaptionFont());
-        painter.drawText(m_subTextRect, captionFlags, m_subText);
+        painter.drawText(subTextRect(), captionFlags, m_subText);
     }
 
     if (hasFocus()) {
@@ -160,7 +175,7 @@ void SelectionButton::paintEvent(QPaintEvent*)
 void SelectionButton::resizeEvent(QResizeEvent* event)
 {
     QPushButton::resizeEvent(event);
-    calculateTextRects();
+    m_textLaidOut = false;
 }
 
 void SelectionButton::enterEvent(QEnterEvent* event)
@@ -188,5 +203,5 @@ void SelectionButton::changeEvent(QEvent* event)
 {
     QPushButton::changeEvent(event);
     if (event->type() == QEvent::FontChange)
-        calculateTextRects();
+        m_textLaidOut = false;
 }

@@ -26,10 +26,12 @@ public:
     // Point size of the caption; the sub-caption is two points smaller.
     void setFontSize(int pointSize);
 
-    // Lays out caption and sub-caption beside the icon for the current size.
-    void calculateTextRects();
-    QRect textRect() const { return m_textRect; }
-    QRect subTextRect() const { return m_subTextRect; }
+    // Where caption and sub-caption go beside the icon at the current size.
+    // A new text, font or size only marks them as outdated: they are laid out
+    // again when the button is painted or they are asked for, once however
+    // many changes came before.
+    QRect textRect() const;
+    QRect subTextRect() const;
 
     bool isHovered() const { return m_hovered; }
 
@@ -50,10 +52,12 @@ private:
     QFont captionFont() const;
     QFont subCaptionFont() const;
     QRect iconRect() const;
+    void calculateTextRects() const;
 
     QString m_subText;
     int m_fontSize = 0;   // 0: the widget font's own size
-    QRect m_textRect;
-    QRect m_subTextRect;
+    mutable QRect m_textRect;
+    mutable QRect m_subTextRect;
+    mutable bool m_textLaidOut = false;
     bool m_hovered = false;
 };

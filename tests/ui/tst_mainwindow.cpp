@@ -397,6 +397,8 @@ private slots:
         QVERIFY(button.rect().contains(caption.united(subCaption)));
         // Caption and sub-caption sit together in the middle of the height.
         QVERIFY(qAbs(caption.top() - (button.height() - 1 - subCaption.bottom())) <= 1);
+        button.resize(280, 100);
+        QCOMPARE(button.textRect().top(), caption.top() + 19);   // laid out again for the new height
         button.setSubText(QString());
         QVERIFY(button.subTextRect().isNull());
     }
