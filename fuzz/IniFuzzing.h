@@ -30,16 +30,18 @@ inline void readEverything(cIniFile& ini)
     }
 }
 
+// The two parsing modes the launcher uses: case-insensitive with ";"
+// starting a comment, and case-sensitive with ";" as text.
+inline void parseInMode(const std::string& path, bool strict)
+{
+    cIniFile ini(path, strict, strict);
+    readEverything(ini);
+}
+
 inline void parseInBothModes(const std::string& path)
 {
-    {
-        cIniFile ini(path, false, false);
-        readEverything(ini);
-    }
-    {
-        cIniFile ini(path, true, true);
-        readEverything(ini);
-    }
+    parseInMode(path, false);
+    parseInMode(path, true);
 }
 
 } // namespace fuzz

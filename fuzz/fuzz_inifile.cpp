@@ -2,7 +2,8 @@
 // by the lookups a caller can make on what it found.
 //
 // About one input in 256 stands for a file of several megabytes: the rest of
-// it repeated to (n % 4 + 1) MiB, n being its first byte. Which inputs do is
+// it repeated to (n % 4 + 1) MiB, n being its first byte, parsed in one of
+// the two modes (by the hash's next bit). Which inputs do is
 // decided by a hash of their bytes, so the mutants of a large input are
 // mostly small again: such a file takes a thousand times as long as a small
 // one, and were largeness inherited, the fuzzer, drawn to the new hit counts
@@ -40,17 +41,19 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static const std::string path = fuzz::privateFolder() + "/input.ini";
     static const int reported = std::atexit(reportLargeRuns);
     (void)reported;
-    if (size < 2 || fnv1a(data, size) % LargeOneIn != 0) {
+    const std::uint32_t hash = size < 2 ? 1 : fnv1a(data, size);
+    if (hash % LargeOneIn != 0) {
         fuzz::writeFile(path, data, size);
-    } else {
-        ++largeRuns;
-        const std::size_t wanted = (std::size_t(data[0] % 4) + 1) << 20;
-        std::string content;
-        content.reserve(wanted + size);
-        while (content.size() < wanted)
-            content.append(reinterpret_cast<const char*>(data) + 1, size - 1);
-        fuzz::writeFile(path, reinterpret_cast<const std::uint8_t*>(content.data()), content.size());
+        fuzz::parseInBothModes(path);
+        return 0;
     }
-    fuzz::parseInBothModes(path);
+    ++largeRuns;
+    const std::size_t wanted = (std::size_t(data[0] % 4) + 1) << 20;
+    std::string content;
+    content.reserve(wanted + size);
+    while (content.size() < wanted)
+        content.append(reinterpret_cast<const char*>(data) + 1, size - 1);
+    fuzz::writeFile(path, reinterpret_cast<const std::uint8_t*>(content.data()), content.size());
+    fuzz::parseInMode(path, (hash / LargeOneIn) % 2 != 0);
     return 0;
 }
