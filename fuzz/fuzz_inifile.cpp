@@ -1,14 +1,13 @@
 // The INI parser on arbitrary file contents, in both parsing modes, followed
 // by the lookups a caller can make on what it found.
 //
-// About one input in 256 stands for a file of several megabytes: the rest of
-// it repeated to (n % 4 + 1) MiB, n being its first byte, parsed in one of
-// the two modes (by the hash's next bit). Which inputs do is
-// decided by a hash of their bytes, so the mutants of a large input are
-// mostly small again: such a file takes a thousand times as long as a small
-// one, and were largeness inherited, the fuzzer, drawn to the new hit counts
-// in the parser's loops, would run little else. The number of large inputs
-// run is printed at the end.
+// About one input in 256 stands for a file of several megabytes instead: the
+// rest of it repeated to (n % 4 + 1) MiB, n being its first byte, parsed in
+// one of the two modes. A hash of the input's bytes picks these inputs and
+// the mode, so the mutants of a large input are mostly small again. Such a
+// file takes a thousand times as long as a small one; were largeness
+// inherited, the fuzzer, drawn to the new hit counts in the parser's loops,
+// would run little else. The number of large inputs run is printed at the end.
 
 #include "IniFuzzing.h"
 
