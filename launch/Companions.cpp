@@ -64,7 +64,6 @@ bool openWebPage(const std::string& address, const QString& title, const QString
     return false;
 }
 
-// Asks the desktop's file manager to show the item selected in its folder.
 // Asks the desktop's file manager on the session bus to show the item
 // selected, without waiting for the answer: a file manager that the bus
 // starts for the call may take seconds. When none answers, otherwise() runs

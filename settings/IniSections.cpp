@@ -183,7 +183,7 @@ void IniSections::sortKeys(IniKeyMap& keys)
     std::vector<IniKeyMap::Entry> kept;
     kept.reserve(lastOfName.size());
     for (std::size_t i = 0; i < entries.size(); ++i) {
-        if (lastOfName[keys.nameOf(entries[i])] == i)
+        if (lastOfName.at(keys.nameOf(entries[i])) == i)
             kept.push_back(entries[i]);
         else
             m_unused += entries[i].nameLength + entries[i].valueLength;

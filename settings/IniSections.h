@@ -14,8 +14,9 @@
 //
 // A file is read in its own order with beginSection() and append(); a
 // section listed twice gathers its keys in one place. Then finishReading()
-// puts sections and keys in order once, the last of equal key names winning. Changes after
-// that keep the order. Names arrive folded as the file's rules want them.
+// puts sections and keys in order once, the last of equal key names
+// winning. Changes after that keep the order. Names arrive folded as the
+// file's rules want them.
 class IniSections
 {
 public:
