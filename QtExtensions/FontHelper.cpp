@@ -1,5 +1,7 @@
 #include "FontHelper.h"
 
+#include "FontConfigPreload.h"
+
 #include <QFont>
 #include <QFontDatabase>
 #include <QFontMetrics>
@@ -41,6 +43,9 @@ float FontHelper::scaleForWidth(float width)
 
 float FontHelper::scaleForFamily(const QString& family)
 {
+    // The first look at the font database: Qt would read the font
+    // configuration itself if the preload were still at it.
+    FontConfigPreload::waitUntilLoaded();
     // Only an installed family counts, not one the font configuration maps
     // to another font.
     if (!QFontDatabase::families().contains(family, Qt::CaseInsensitive))

@@ -9,6 +9,7 @@
 #include "FilePath.h"
 #include "FirstPaint.h"
 #include "FolderManager.h"
+#include "FontConfigPreload.h"
 #include "KDSingleApplicationGuard.h"
 #include "NvWinIni.h"
 #include "PixmapManager.h"
@@ -109,6 +110,8 @@ int main(int argc, char** argv)
     const CommandLine commandLine = CommandLine::parse(CommandLine::fromArgv(argc, argv), StartCenter::modeNames());
     if (commandLine.request() != CommandLine::Start)
         return commandLine.answer();
+    // Read beside the steps below; the window's first font waits for it.
+    FontConfigPreload::start();
 
     SharedHelpers::SetOrganizationDomainAndApplicationName(cszApplicationName);
 

@@ -5,7 +5,7 @@ set -euo pipefail
 
 packages=(
     build-essential cmake ninja-build pkg-config
-    qt6-base-dev qt6-base-dev-tools qt6-scxml-dev libpulse-dev
+    qt6-base-dev qt6-base-dev-tools qt6-scxml-dev libpulse-dev libfontconfig-dev
     qt6-translations-l10n libgl-dev libbz2-dev
     xvfb xauth x11-utils fonts-dejavu-core
     dpkg-dev file   # the Debian package: dpkg-shlibdeps

@@ -179,6 +179,10 @@ void Ui_MainWindow::setupUi(QMainWindow* window, int edition)
     Q_ASSERT(m_window);
     m_edition = edition;
 
+    // The header, by far the largest picture, is decoded before the first
+    // font is looked up: meanwhile the font configuration finishes loading
+    // on its own thread.
+    (void)picture("Header", "sc_header");
     QFont font = QApplication::font();
     font.setPointSize(int(font.pointSize() / FontHelper().getFontScale()));
     window->setFont(font);

@@ -1,0 +1,40 @@
+#include "FontConfigPreload.h"
+
+#include <fontconfig/fontconfig.h>
+
+#include <thread>
+
+namespace {
+
+// Joined at the latest when the process ends, also when main never asked.
+struct PreloadThread
+{
+    std::thread thread;
+
+    ~PreloadThread() { join(); }
+    void join()
+    {
+        if (thread.joinable())
+            thread.join();
+    }
+};
+
+PreloadThread& preloadThread()
+{
+    static PreloadThread instance;
+    return instance;
+}
+
+} // namespace
+
+void FontConfigPreload::start()
+{
+    PreloadThread& preload = preloadThread();
+    if (!preload.thread.joinable())
+        preload.thread = std::thread([] { (void)FcInit(); });
+}
+
+void FontConfigPreload::waitUntilLoaded()
+{
+    preloadThread().join();
+}
