@@ -443,9 +443,9 @@ QPalette SCAppStyle::standardPalette() const
 
 QIcon SCAppStyle::standardIcon(StandardPixmap which, const QStyleOption* option, const QWidget* widget) const
 {
-    const bool extensionArrow =
-        which == SP_ToolBarHorizontalExtensionButton || which == SP_ToolBarVerticalExtensionButton;
-    if (!extensionArrow)
+    const bool builtBeforeShown = which == SP_ToolBarHorizontalExtensionButton
+        || which == SP_ToolBarVerticalExtensionButton || which == SP_LineEditClearButton;
+    if (!builtBeforeShown)
         return QProxyStyle::standardIcon(which, option, widget);
     // The base style answers later, directly, so the answer is not deferred again.
     return QIcon(new DeferredStandardIconEngine(baseStyle(), which, option, widget));

@@ -128,6 +128,24 @@ private slots:
         QCOMPARE(proxy->baseStyle()->name().toLower(), expectedBase);
     }
 
+    // Icons that widgets build before they show them (the tool bar's
+    // extension arrow, the search field's clear button) are read when first
+    // drawn, and then draw the base style's picture.
+    void defersStandardIconsUntilDrawn()
+    {
+        const std::unique_ptr<QStyle> style(SCAppStyle::createStyle(QStringLiteral("MacStyle")));
+        const QStyle* base = qobject_cast<QProxyStyle*>(style.get())->baseStyle();
+        for (const QStyle::StandardPixmap which : {QStyle::SP_ToolBarHorizontalExtensionButton,
+                                                   QStyle::SP_ToolBarVerticalExtensionButton,
+                                                   QStyle::SP_LineEditClearButton, QStyle::SP_DialogOkButton}) {
+            const QIcon icon = style->standardIcon(which);
+            const QImage expected = base->standardIcon(which).pixmap(16).toImage();
+            QVERIFY(!expected.isNull());
+            QCOMPARE(icon.pixmap(16).toImage(), expected);
+            QCOMPARE(icon.actualSize(QSize(16, 16)), base->standardIcon(which).actualSize(QSize(16, 16)));
+        }
+    }
+
     void laysOutScrollBarsWithoutArrows()
     {
         const std::unique_ptr<QStyle> style(SCAppStyle::createStyle(QString()));
