@@ -18,6 +18,7 @@
 #include <QBoxLayout>
 #include <QFrame>
 #include <QIconEngine>
+#include <QImage>
 #include <QLabel>
 #include <QMainWindow>
 #include <QMenu>
@@ -179,10 +180,10 @@ void Ui_MainWindow::setupUi(QMainWindow* window, int edition)
     Q_ASSERT(m_window);
     m_edition = edition;
 
-    // The header, by far the largest picture, is decoded before the first
+    // The header, by far the largest picture, is made ready before the first
     // font is looked up: meanwhile the font configuration finishes loading
     // on its own thread.
-    (void)picture("Header", "sc_header");
+    const QPixmap header = headerPicture();
     QFont font = QApplication::font();
     font.setPointSize(int(font.pointSize() / FontHelper().getFontScale()));
     window->setFont(font);
@@ -223,8 +224,8 @@ void Ui_MainWindow::setupUi(QMainWindow* window, int edition)
 
     m_header = new QLabel(m_centralWidget);
     m_header->setObjectName(QStringLiteral("Header"));
-    m_header->setFixedSize(metric(SCAppStyle::PM_HeaderPictureWidth), metric(SCAppStyle::PM_HeaderPictureHeight));
-    updateUi();
+    m_header->setFixedSize(headerSize());
+    m_header->setPixmap(header);
     m_mainLayout->addWidget(m_header);
 
     m_centralLayout = new QHBoxLayout();
@@ -318,14 +319,29 @@ void Ui_MainWindow::retranslateUi(QMainWindow* window, bool withToolTips)
     }
 }
 
-// The picture fills the header. Only a picture of another size is scaled:
-// scaling converts and copies the picture at its first paint, which a
-// picture shipped at the header's size does not need.
 void Ui_MainWindow::updateUi()
 {
+    m_header->setPixmap(headerPicture());
+}
+
+QSize Ui_MainWindow::headerSize() const
+{
+    return QSize(metric(SCAppStyle::PM_HeaderPictureWidth), metric(SCAppStyle::PM_HeaderPictureHeight));
+}
+
+// The picture fills the header. A picture of another size (the small-screen
+// metrics, another edition's picture) is scaled smoothly, in device pixels,
+// once here rather than at the label's first paint.
+QPixmap Ui_MainWindow::headerPicture() const
+{
     const QPixmap header = picture("Header", "sc_header");
-    m_header->setScaledContents(header.size() != m_header->size());
-    m_header->setPixmap(header);
+    const QSize size = headerSize();
+    if (header.isNull() || header.size() == size)
+        return header;
+    const qreal ratio = m_window->devicePixelRatioF();
+    QImage scaled = header.toImage().scaled(size * ratio, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    scaled.setDevicePixelRatio(ratio);
+    return QPixmap::fromImage(std::move(scaled));
 }
 
 QAction* Ui_MainWindow::newAction(const char* objectName, const char* iconName)

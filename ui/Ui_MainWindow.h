@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QLinearGradient>
+#include <QPixmap>
 #include <QObject>
 #include <QString>
 
@@ -42,9 +43,11 @@ public:
     // Window title, action texts and tool tips, button captions; the tool
     // tips only with withToolTips.
     void retranslateUi(QMainWindow* window, bool withToolTips);
-    // Reloads the header picture.
+    // Shows the header picture afresh.
     void updateUi();
 
+    QSize headerSize() const;
+    QPixmap headerPicture() const;
     void createActions(QMainWindow* window);
     void createToolBar(QMainWindow* window);
     void createSelectionButtons();

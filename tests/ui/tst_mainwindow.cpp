@@ -11,11 +11,13 @@
 #include <QAccessible>
 #include <QAction>
 #include <QApplication>
+#include <QBuffer>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QFontMetrics>
 #include <QHelpEvent>
+#include <QImage>
 #include <QDragEnterEvent>
 #include <QLabel>
 #include <QMenu>
@@ -381,6 +383,40 @@ private slots:
         QVERIFY(cNvWinIni::theInstance()->WriteString("Sounds", "StartJingle", "1"));
         QVERIFY(configure("StartCenter", ""));
         QVERIFY(startsWithoutSound());
+    }
+
+    // The header picture fills the header: one of another size (here the
+    // offscreen screen's small-screen metrics) is shown scaled to it, not
+    // cropped or scaled again at every paint; without one the header stays
+    // empty.
+    void headerPictureFillsTheHeader()
+    {
+        QImage picture(960, 106, QImage::Format_RGB32);
+        picture.fill(Qt::red);
+        for (int y = 0; y < picture.height(); ++y)
+            std::fill_n(reinterpret_cast<QRgb*>(picture.scanLine(y)) + 480, 480, qRgb(0, 0, 255));
+        QByteArray png;
+        QBuffer buffer(&png);
+        QVERIFY(buffer.open(QIODevice::WriteOnly) && picture.save(&buffer, "PNG"));
+        QVERIFY(m_install->writeResource(QStringLiteral("media/sc_header.png"), png));
+        openSettings();
+
+        auto window = shownWindow();
+        QVERIFY(window);
+        auto* header = window->findChild<QLabel*>(QStringLiteral("Header"));
+        QVERIFY(header);
+        QVERIFY(header->size() != picture.size());
+        QVERIFY(!header->hasScaledContents());
+        const QImage shown = header->pixmap().toImage();
+        QCOMPARE(shown.size(), header->size() * header->devicePixelRatioF());
+        QCOMPARE(shown.pixel(2, shown.height() / 2), qRgb(255, 0, 0));
+        QCOMPARE(shown.pixel(shown.width() - 3, shown.height() / 2), qRgb(0, 0, 255));
+
+        QVERIFY(QFile::remove(m_install->resourcesDir() + QStringLiteral("media/sc_header.png")));
+        openSettings();
+        window = shownWindow();
+        QVERIFY(window);
+        QVERIFY(window->findChild<QLabel*>(QStringLiteral("Header"))->pixmap().isNull());
     }
 
     void selectionButtonLayout()
