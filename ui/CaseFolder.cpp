@@ -1,7 +1,8 @@
 #include "CaseFolder.h"
 
+#include "WildcardPattern.h"
+
 #include <QFile>
-#include <QRegularExpression>
 #include <QStringDecoder>
 
 #include <algorithm>
@@ -22,23 +23,20 @@ class NameMatcher
 {
 public:
     explicit NameMatcher(const QStringList& patterns)
+        : m_patterns(patterns.begin(), patterns.end())
     {
-        for (const QString& pattern : patterns)
-            m_patterns.emplace_back(QRegularExpression::wildcardToRegularExpression(pattern),
-                                    QRegularExpression::CaseInsensitiveOption);
     }
 
     bool matches(const QString& name) const
     {
         if (m_patterns.empty())
             return true;
-        return std::any_of(m_patterns.begin(), m_patterns.end(), [&](const QRegularExpression& re) {
-            return re.match(name).hasMatch();
-        });
+        return std::any_of(m_patterns.begin(), m_patterns.end(),
+                           [&](const WildcardPattern& pattern) { return pattern.matches(name); });
     }
 
 private:
-    std::vector<QRegularExpression> m_patterns;
+    std::vector<WildcardPattern> m_patterns;
 };
 
 // An open folder whose entries are read with readdir() and looked at with
