@@ -4,7 +4,7 @@
 #include "RegularFile.h"
 
 #include <QBuffer>
-#include <QFile>
+#include <QImage>
 #include <QImageReader>
 #include <QPixmap>
 
@@ -19,23 +19,26 @@ bool hasPngSuffix(const std::string& name)
     return name.size() >= 4 && QByteArray::fromStdString(name.substr(name.size() - 4)).toLower() == ".png";
 }
 
+} // namespace
+
 // A picture named "*.png" is read as PNG straight away. Left to itself, Qt
 // asks every image plug-in whether it recognises the content before it tries
 // its own PNG reader, which loads all of them (and the libraries they need)
 // into the process at the first picture. Content that is no PNG after all is
 // read the usual way, so nothing loads differently.
-bool loadAsPng(QIODevice* device, QPixmap* pixmap)
+QImage EncodedPicture::decode() const
 {
-    QImageReader reader(device, "png");
-    reader.setAutoDetectImageFormat(false);
-    QImage image = reader.read();
-    if (image.isNull())
-        return false;
-    *pixmap = QPixmap::fromImage(std::move(image));
-    return !pixmap->isNull();
+    if (namedPng) {
+        QBuffer buffer;
+        buffer.setData(bytes);
+        QImageReader reader(&buffer, "png");
+        reader.setAutoDetectImageFormat(false);
+        QImage image = reader.read();
+        if (!image.isNull())
+            return image;
+    }
+    return QImage::fromData(bytes);
 }
-
-} // namespace
 
 QPixmap* PixmapLoaderStrategy::createPixmap(const std::string& name)
 {
@@ -43,24 +46,32 @@ QPixmap* PixmapLoaderStrategy::createPixmap(const std::string& name)
     return loadPixmap(name, pixmap.get()) ? pixmap.release() : nullptr;
 }
 
+std::optional<EncodedPicture> PixmapLoaderStrategy::loadEncoded(const std::string&)
+{
+    return std::nullopt;
+}
+
+bool PixmapLoaderEncoded::loadPixmap(const std::string& name, QPixmap* pixmap)
+{
+    const std::optional<EncodedPicture> encoded = loadEncoded(name);
+    if (!encoded)
+        return false;
+    *pixmap = QPixmap::fromImage(encoded->decode());
+    return !pixmap->isNull();
+}
+
 PixmapLoaderFile::PixmapLoaderFile(std::string folder)
     : m_folder(std::move(folder))
 {
 }
 
-bool PixmapLoaderFile::loadPixmap(const std::string& name, QPixmap* pixmap)
+std::optional<EncodedPicture> PixmapLoaderFile::loadEncoded(const std::string& name)
 {
     const std::optional<std::string> content =
         RegularFile::readWhole(CrossPlatformApi::fileSystemEncoding(m_folder + name), MaxPictureFileBytes);
     if (!content)
-        return false;
-    QByteArray bytes = QByteArray::fromRawData(content->data(), qsizetype(content->size()));
-    if (hasPngSuffix(name)) {
-        QBuffer buffer(&bytes);
-        if (buffer.open(QIODevice::ReadOnly) && loadAsPng(&buffer, pixmap))
-            return true;
-    }
-    return pixmap->loadFromData(bytes);
+        return std::nullopt;
+    return EncodedPicture{QByteArray::fromStdString(*content), hasPngSuffix(name)};
 }
 
 PixmapLoaderCNT::PixmapLoaderCNT(std::string containerPath)
@@ -69,19 +80,12 @@ PixmapLoaderCNT::PixmapLoaderCNT(std::string containerPath)
     m_archive.readAll();
 }
 
-bool PixmapLoaderCNT::loadPixmap(const std::string& name, QPixmap* pixmap)
+std::optional<EncodedPicture> PixmapLoaderCNT::loadEncoded(const std::string& name)
 {
     const cBuffer data = getBufferFromArchive(name);
     if (!data.GetBuffer())
-        return false;
-    if (hasPngSuffix(name)) {
-        QByteArray bytes = QByteArray::fromRawData(data.GetBuffer(), qsizetype(data.GetBufferLength()));
-        QBuffer buffer(&bytes);
-        if (buffer.open(QIODevice::ReadOnly) && loadAsPng(&buffer, pixmap))
-            return true;
-    }
-    return pixmap->loadFromData(reinterpret_cast<const uchar*>(data.GetBuffer()),
-                                static_cast<uint>(data.GetBufferLength()));
+        return std::nullopt;
+    return EncodedPicture{QByteArray(data.GetBuffer(), qsizetype(data.GetBufferLength())), hasPngSuffix(name)};
 }
 
 cBuffer PixmapLoaderCNT::getBufferFromArchive(const std::string& name)
@@ -99,4 +103,14 @@ PixmapLoaderDecoratorAddSuffix::PixmapLoaderDecoratorAddSuffix(PixmapLoaderStrat
 bool PixmapLoaderDecoratorAddSuffix::loadPixmap(const std::string& name, QPixmap* pixmap)
 {
     return m_wrapped->loadPixmap(name + m_suffix, pixmap);
+}
+
+bool PixmapLoaderDecoratorAddSuffix::readsEncoded() const
+{
+    return m_wrapped->readsEncoded();
+}
+
+std::optional<EncodedPicture> PixmapLoaderDecoratorAddSuffix::loadEncoded(const std::string& name)
+{
+    return m_wrapped->loadEncoded(name + m_suffix);
 }

@@ -2,10 +2,25 @@
 
 #include "Archive.h"
 
+#include <QByteArray>
+
 #include <memory>
+#include <optional>
 #include <string>
 
+class QImage;
 class QPixmap;
+
+// An encoded picture as a strategy finds it: the bytes, and whether its name
+// says PNG.
+struct EncodedPicture
+{
+    QByteArray bytes;
+    bool namedPng = false;
+
+    // Decodes on any thread; a null image when the bytes are no picture.
+    QImage decode() const;
+};
 
 // One way of finding a picture by name.
 class PixmapLoaderStrategy
@@ -17,15 +32,29 @@ public:
     // picture of that name or it does not decode.
     virtual QPixmap* createPixmap(const std::string& name);
     virtual bool loadPixmap(const std::string& name, QPixmap* pixmap) = 0;
+
+    // Whether the strategy's pictures are encoded files that loadEncoded
+    // hands out, so that they can be decoded off the UI thread.
+    virtual bool readsEncoded() const { return false; }
+    // The encoded picture of that name, or nothing when there is none.
+    virtual std::optional<EncodedPicture> loadEncoded(const std::string& name);
+};
+
+// A strategy whose pictures are encoded files: loading is reading and decoding.
+class PixmapLoaderEncoded : public PixmapLoaderStrategy
+{
+public:
+    bool loadPixmap(const std::string& name, QPixmap* pixmap) override;
+    bool readsEncoded() const override { return true; }
 };
 
 // Picture files in a folder: folder + name.
-class PixmapLoaderFile : public PixmapLoaderStrategy
+class PixmapLoaderFile : public PixmapLoaderEncoded
 {
 public:
     explicit PixmapLoaderFile(std::string folder);
 
-    bool loadPixmap(const std::string& name, QPixmap* pixmap) override;
+    std::optional<EncodedPicture> loadEncoded(const std::string& name) override;
 
 private:
     std::string m_folder;
@@ -33,12 +62,12 @@ private:
 
 // The entries of a container file. The container is indexed completely when
 // the loader is built; the data are read from the file on each request.
-class PixmapLoaderCNT : public PixmapLoaderStrategy
+class PixmapLoaderCNT : public PixmapLoaderEncoded
 {
 public:
     explicit PixmapLoaderCNT(std::string containerPath);
 
-    bool loadPixmap(const std::string& name, QPixmap* pixmap) override;
+    std::optional<EncodedPicture> loadEncoded(const std::string& name) override;
     cBuffer getBufferFromArchive(const std::string& name);
 
 private:
@@ -53,6 +82,8 @@ public:
     PixmapLoaderDecoratorAddSuffix(PixmapLoaderStrategy* wrapped, std::string suffix);
 
     bool loadPixmap(const std::string& name, QPixmap* pixmap) override;
+    bool readsEncoded() const override;
+    std::optional<EncodedPicture> loadEncoded(const std::string& name) override;
 
 private:
     std::unique_ptr<PixmapLoaderStrategy> m_wrapped;
