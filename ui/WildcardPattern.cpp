@@ -2,9 +2,19 @@
 
 namespace {
 
+char16_t asciiLower(char16_t c)
+{
+    return c >= u'A' && c <= u'Z' ? char16_t(c + (u'a' - u'A')) : c;
+}
+
+// Names and patterns are mostly ASCII, which is folded without a table.
 bool sameIgnoringCase(QChar a, QChar b)
 {
-    return a == b || a.toCaseFolded() == b.toCaseFolded();
+    if (a == b)
+        return true;
+    if (a.unicode() < 0x80 && b.unicode() < 0x80)
+        return asciiLower(a.unicode()) == asciiLower(b.unicode());
+    return a.toCaseFolded() == b.toCaseFolded();
 }
 
 bool inRangeIgnoringCase(QChar c, QChar low, QChar high)
