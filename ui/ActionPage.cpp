@@ -35,7 +35,6 @@ constexpr int furtherIconSize = 32;
 constexpr int furtherFontSize = 11;
 
 const char* const imageNames[] = {"sc_new", "sc_open", "InspDatenuebernahme", "sc_open"};
-const char* const homeImageName = "tool_home-small";
 const char* const buttonNames[] = {"actionNew", "actionOther", "actionConvert", "actionLast"};
 
 // Plain text for a rich-text label: markup characters shown as they are,
@@ -148,13 +147,6 @@ void ActionPage::initUI()
             QOverload<>::of(&ActionPage::startORVClicked));
 }
 
-std::vector<std::string> ActionPage::pictureNames()
-{
-    std::vector<std::string> names(std::begin(imageNames), std::end(imageNames));
-    names.emplace_back(homeImageName);
-    return names;
-}
-
 QToolButton* ActionPage::buildActionButton(QWidget* parent, const QString& text,
                                            const QString& imageName, int size)
 {
@@ -208,7 +200,7 @@ void ActionPage::buildFileView()
 
     m_homeButton = new QToolButton(this);
     m_homeButton->setObjectName(QStringLiteral("homeButton"));
-    m_homeButton->setIcon(QIcon(*PixmapManager::theInstance()->getPixmap(homeImageName)));
+    m_homeButton->setIcon(QIcon(*PixmapManager::theInstance()->getPixmap("tool_home-small")));
     m_homeButton->setIconSize(QSize(16, 16));
     m_homeButton->setFixedSize(22, 18);
     m_homeButton->setAutoRaise(true);

@@ -7,8 +7,6 @@
 #include <QWidget>
 
 #include <initializer_list>
-#include <string>
-#include <vector>
 
 class ElidedLabel;
 class QAbstractButton;
@@ -84,8 +82,6 @@ public:
     // Last year's most recently used case file, or empty when there is none.
     QString getFilePathToConvert() const;
     static QStringList parseNameFilters(const QString& fileTypes);
-    // The pictures every page shows, so that they can be decoded ahead of it.
-    static std::vector<std::string> pictureNames();
 
 public slots:
     void openLastFile();

@@ -279,13 +279,12 @@ void Ui_MainWindow::setupUi(QMainWindow* window, int edition)
     prefetchFirstFramePictures();
 }
 
-// The pictures of the first frame are decoded on the image manager's thread
-// while the window builds its page, in the order they are needed: the
-// page's as it is built, the mode buttons' and the tool bar's (whose icons
-// ask for them only when painted) at the first paint.
+// The mode buttons' and the tool bar's pictures are decoded on the image
+// manager's thread while the window builds its page; their icons ask for
+// them only when painted.
 void Ui_MainWindow::prefetchFirstFramePictures()
 {
-    std::vector<std::string> names = ActionPage::pictureNames();
+    std::vector<std::string> names;
     for (const ModeDescription& mode : modes)
         names.push_back(pictureName(mode.buttonName, mode.name));
     for (const QAction* action : m_toolBar->actions()) {
