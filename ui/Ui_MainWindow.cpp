@@ -77,16 +77,12 @@ constexpr int selectionSpacing = 2;
 constexpr int centralMargin = 5;
 constexpr int pageSlideDurationMs = 500;
 
-// The name of the picture for a role: the edition's information file may
-// name another picture for the role (section = role, key "pic").
-std::string pictureName(const char* role, const char* defaultName)
-{
-    return PixmapManager::theInstance()->resolvePixName(role, defaultName);
-}
-
+// A picture by its role: the edition's information file may name another
+// picture for the role (section = role, key "pic").
 QPixmap picture(const char* role, const char* defaultName)
 {
-    return *PixmapManager::theInstance()->getPixmap(pictureName(role, defaultName));
+    PixmapManager* pixmaps = PixmapManager::theInstance();
+    return *pixmaps->getPixmap(pixmaps->resolvePixName(role, defaultName));
 }
 
 // An icon whose picture the image manager decodes when it is first shown:
@@ -94,8 +90,9 @@ QPixmap picture(const char* role, const char* defaultName)
 class PictureIconEngine : public QIconEngine
 {
 public:
-    explicit PictureIconEngine(std::string name)
-        : m_name(std::move(name))
+    PictureIconEngine(QByteArray role, QByteArray defaultName)
+        : m_role(std::move(role))
+        , m_defaultName(std::move(defaultName))
     {
     }
 
@@ -119,11 +116,12 @@ private:
     const QIcon& icon()
     {
         if (!m_icon)
-            m_icon = QIcon(*PixmapManager::theInstance()->getPixmap(m_name));
+            m_icon = QIcon(picture(m_role.constData(), m_defaultName.constData()));
         return *m_icon;
     }
 
-    std::string m_name;
+    QByteArray m_role;
+    QByteArray m_defaultName;
     std::optional<QIcon> m_icon;
 };
 
@@ -276,23 +274,6 @@ void Ui_MainWindow::setupUi(QMainWindow* window, int edition)
     // The pages are built when first shown (buildPage): the window starts
     // with the page of its mode only.
     initAnimation();
-    prefetchFirstFramePictures();
-}
-
-// The mode buttons' and the tool bar's pictures are decoded on the image
-// manager's thread while the window builds its page; their icons ask for
-// them only when painted.
-void Ui_MainWindow::prefetchFirstFramePictures()
-{
-    std::vector<std::string> names;
-    for (const ModeDescription& mode : modes)
-        names.push_back(pictureName(mode.buttonName, mode.name));
-    for (const QAction* action : m_toolBar->actions()) {
-        const auto name = m_actionPictures.find(action);
-        if (name != m_actionPictures.end())
-            names.push_back(name->second);
-    }
-    PixmapManager::theInstance()->prefetch(names);
 }
 
 void Ui_MainWindow::retranslateUi(QMainWindow* window, bool withToolTips)
@@ -365,10 +346,8 @@ QPixmap Ui_MainWindow::headerPicture() const
 
 QAction* Ui_MainWindow::newAction(const char* objectName, const char* iconName)
 {
-    std::string name = pictureName(objectName, iconName);
-    auto* action = new QAction(QIcon(new PictureIconEngine(name)), QString(), m_window);
+    auto* action = new QAction(QIcon(new PictureIconEngine(objectName, iconName)), QString(), m_window);
     action->setObjectName(QLatin1String(objectName));
-    m_actionPictures.emplace(action, std::move(name));
     return action;
 }
 
@@ -501,8 +480,9 @@ SelectionButton* Ui_MainWindow::createModusButton(const QString& objectName, con
 {
     auto* button = new SelectionButton(m_centralWidget);
     button->setObjectName(objectName);
-    button->setIcon(QIcon(new PictureIconEngine(pictureName(objectName.toLatin1().constData(),
-                                                            iconName.toLatin1().constData()))));
+    const QByteArray role = objectName.toLatin1();
+    const QByteArray name = iconName.toLatin1();
+    button->setIcon(QIcon(picture(role.constData(), name.constData())));
     button->setIconSize(QSize(SelectionButton::IconSize, SelectionButton::IconSize));
     button->setCheckable(true);
     button->setAutoExclusive(true);

@@ -1,13 +1,11 @@
 #pragma once
 
 #include <QLinearGradient>
-#include <QObject>
 #include <QPixmap>
+#include <QObject>
 #include <QString>
 
 #include <array>
-#include <map>
-#include <string>
 
 class ActionPage;
 class QAction;
@@ -61,7 +59,6 @@ public:
     void assignToolTip(QAction* action, const QString& key);
     void connectActionPage(ActionPage* page);
     void initAnimation();
-    void prefetchFirstFramePictures();
 
     // Refreshes the mode's page, slides it in and checks its button.
     void showMode(int mode);
@@ -119,8 +116,6 @@ private:
     QAction* m_actionOnlineStart = nullptr;
     QAction* m_actionOnlineConfig = nullptr;
 
-    // The picture of each action, by name, decoded when its icon is first shown.
-    std::map<const QAction*, std::string> m_actionPictures;
     QMenu* m_supportMenu = nullptr;
     QMenu* m_onlineUpdateMenu = nullptr;
 
