@@ -46,11 +46,6 @@ QPixmap* PixmapLoaderStrategy::createPixmap(const std::string& name)
     return loadPixmap(name, pixmap.get()) ? pixmap.release() : nullptr;
 }
 
-std::optional<EncodedPicture> PixmapLoaderStrategy::loadEncoded(const std::string&)
-{
-    return std::nullopt;
-}
-
 bool PixmapLoaderEncoded::loadPixmap(const std::string& name, QPixmap* pixmap)
 {
     const std::optional<EncodedPicture> encoded = loadEncoded(name);
@@ -103,14 +98,4 @@ PixmapLoaderDecoratorAddSuffix::PixmapLoaderDecoratorAddSuffix(PixmapLoaderStrat
 bool PixmapLoaderDecoratorAddSuffix::loadPixmap(const std::string& name, QPixmap* pixmap)
 {
     return m_wrapped->loadPixmap(name + m_suffix, pixmap);
-}
-
-bool PixmapLoaderDecoratorAddSuffix::readsEncoded() const
-{
-    return m_wrapped->readsEncoded();
-}
-
-std::optional<EncodedPicture> PixmapLoaderDecoratorAddSuffix::loadEncoded(const std::string& name)
-{
-    return m_wrapped->loadEncoded(name + m_suffix);
 }

@@ -18,7 +18,7 @@ struct EncodedPicture
     QByteArray bytes;
     bool namedPng = false;
 
-    // Decodes on any thread; a null image when the bytes are no picture.
+    // A null image when the bytes are no picture.
     QImage decode() const;
 };
 
@@ -32,20 +32,16 @@ public:
     // picture of that name or it does not decode.
     virtual QPixmap* createPixmap(const std::string& name);
     virtual bool loadPixmap(const std::string& name, QPixmap* pixmap) = 0;
-
-    // Whether the strategy's pictures are encoded files that loadEncoded
-    // hands out, so that they can be decoded off the UI thread.
-    virtual bool readsEncoded() const { return false; }
-    // The encoded picture of that name, or nothing when there is none.
-    virtual std::optional<EncodedPicture> loadEncoded(const std::string& name);
 };
 
-// A strategy whose pictures are encoded files: loading is reading and decoding.
+// A strategy whose pictures are encoded files: loading is reading and
+// decoding, the same for every such strategy.
 class PixmapLoaderEncoded : public PixmapLoaderStrategy
 {
 public:
     bool loadPixmap(const std::string& name, QPixmap* pixmap) override;
-    bool readsEncoded() const override { return true; }
+    // The encoded picture of that name, or nothing when there is none.
+    virtual std::optional<EncodedPicture> loadEncoded(const std::string& name) = 0;
 };
 
 // Picture files in a folder: folder + name.
@@ -82,8 +78,6 @@ public:
     PixmapLoaderDecoratorAddSuffix(PixmapLoaderStrategy* wrapped, std::string suffix);
 
     bool loadPixmap(const std::string& name, QPixmap* pixmap) override;
-    bool readsEncoded() const override;
-    std::optional<EncodedPicture> loadEncoded(const std::string& name) override;
 
 private:
     std::unique_ptr<PixmapLoaderStrategy> m_wrapped;

@@ -4,11 +4,7 @@
 #include "FilePath.h"
 #include "PixmapLoader.h"
 
-#include <QImage>
 #include <QPixmap>
-
-#include <system_error>
-#include <utility>
 
 PixmapManager* PixmapManager::theInstance()
 {
@@ -33,11 +29,7 @@ PixmapManager::PixmapManager()
     setInfoFile("images.ini");
 }
 
-PixmapManager::~PixmapManager()
-{
-    if (m_decoder.joinable())
-        m_decoder.join();
-}
+PixmapManager::~PixmapManager() = default;
 
 std::string PixmapManager::getDefContainerName()
 {
@@ -55,8 +47,6 @@ QPixmap* PixmapManager::getPixmap(const std::string& name)
 {
     if (QPixmap* cached = getPixmapFromCache(name))
         return cached;
-    if (QPixmap* prefetched = takePrefetched(name))
-        return prefetched;
     for (const auto& strategy : m_strategies) {
         if (QPixmap* pixmap = strategy->createPixmap(name)) {
             addPixmapToCache(name, pixmap);
@@ -66,68 +56,6 @@ QPixmap* PixmapManager::getPixmap(const std::string& name)
     auto* missing = new QPixmap;
     addPixmapToCache(name, missing);
     return missing;
-}
-
-void PixmapManager::prefetch(const std::vector<std::string>& names)
-{
-    struct Job
-    {
-        EncodedPicture picture;
-        std::promise<QImage> decoded;
-    };
-    std::vector<Job> jobs;
-    for (const std::string& name : names) {
-        if (getPixmapFromCache(name) || m_prefetched.count(name))
-            continue;
-        for (const auto& strategy : m_strategies) {
-            if (!strategy->readsEncoded())
-                break;
-            if (std::optional<EncodedPicture> picture = strategy->loadEncoded(name)) {
-                jobs.push_back({std::move(*picture), {}});
-                m_prefetched.emplace(name, jobs.back().decoded.get_future());
-                break;
-            }
-        }
-    }
-    if (jobs.empty())
-        return;
-    if (m_decoder.joinable())
-        m_decoder.join();
-    // Converted to the form a pixmap keeps, so that the UI thread only wraps it.
-    const auto decodeAll = [](std::vector<Job> jobs) {
-        for (Job& job : jobs) {
-            QImage image = job.picture.decode();
-            if (image.format() == QImage::Format_ARGB32)
-                image.convertTo(QImage::Format_ARGB32_Premultiplied);
-            job.decoded.set_value(std::move(image));
-        }
-    };
-    try {
-        m_decoder = std::thread(decodeAll, std::move(jobs));
-    } catch (const std::system_error&) {
-        // No thread to be had: getPixmap finds the promises broken and
-        // loads the pictures itself.
-    }
-}
-
-QPixmap* PixmapManager::takePrefetched(const std::string& name)
-{
-    const auto prefetched = m_prefetched.find(name);
-    if (prefetched == m_prefetched.end())
-        return nullptr;
-    QImage image;
-    try {
-        image = prefetched->second.get();
-    } catch (const std::future_error&) {
-    }
-    m_prefetched.erase(prefetched);
-    // A picture that did not decode is looked for again, strategy by
-    // strategy, as if never prefetched.
-    if (image.isNull())
-        return nullptr;
-    auto* pixmap = new QPixmap(QPixmap::fromImage(std::move(image)));
-    addPixmapToCache(name, pixmap);
-    return pixmap;
 }
 
 QPixmap* PixmapManager::getPixmap(const char* name)

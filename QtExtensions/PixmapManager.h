@@ -3,15 +3,12 @@
 #include "IniFile.h"
 #include "SingletonSlot.h"
 
-#include <future>
 #include <map>
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 class PixmapLoaderStrategy;
-class QImage;
 class QPixmap;
 
 // Hands out the pictures of the user interface by name. Strategies are asked
@@ -21,7 +18,7 @@ class QPixmap;
 //
 // Beside the pictures the manager reads an information INI file that maps
 // picture roles to names per section (key "pic") and holds further values of
-// the edition. Main thread only (the decoding thread of prefetch is its own).
+// the edition. Main thread only.
 class PixmapManager
 {
 public:
@@ -44,13 +41,6 @@ public:
     // Never null; owned by the manager.
     QPixmap* getPixmap(const std::string& name);
     QPixmap* getPixmap(const char* name);
-
-    // Reads the named pictures now and decodes them on a thread of their
-    // own, while the caller goes on building what shows them; getPixmap
-    // then waits only for a picture not decoded yet. Names already cached,
-    // and pictures no strategy before them can hand out encoded, are left
-    // to getPixmap.
-    void prefetch(const std::vector<std::string>& names);
 
     // Takes ownership; atFront puts the strategy before all others.
     void addStrategy(PixmapLoaderStrategy* strategy, bool atFront);
@@ -75,11 +65,6 @@ private:
     bool m_hasContainer = false;
     // Reading may re-parse the file when it changed on disk.
     mutable cIniFile m_infoFile;
-    // The pixmap decoded in advance for name, or null when there is none.
-    QPixmap* takePrefetched(const std::string& name);
-
     std::vector<std::unique_ptr<PixmapLoaderStrategy>> m_strategies;
     std::map<std::string, std::unique_ptr<QPixmap>> m_cache;
-    std::map<std::string, std::future<QImage>> m_prefetched;
-    std::thread m_decoder;
 };

@@ -115,36 +115,6 @@ private slots:
         QCOMPARE(manager->getPixmapFromCache("both"), replacement);
     }
 
-    // Pictures decoded in advance are the ones getPixmap would have found
-    // itself, also where the first strategy's picture does not decode or a
-    // strategy that is not read from files comes first.
-    void prefetchedPicturesAreTheOnesFoundWithout()
-    {
-        install(true);
-        QImage translucent(4, 4, QImage::Format_ARGB32);
-        translucent.fill(qRgba(200, 40, 10, 100));
-        QByteArray translucentPng;
-        QBuffer buffer(&translucentPng);
-        QVERIFY(buffer.open(QIODevice::WriteOnly) && translucent.save(&buffer, "PNG"));
-        m_installation->writeResource("media/translucent.png", translucentPng);
-        const QImage decodedInPlace = PixmapManager::theInstance()->getPixmap("translucent")->toImage();
-        PixmapManager::resetInstance();
-
-        m_installation->writeResource("media/both.png", "\x89PNG but nothing more");
-        PixmapManager* manager = PixmapManager::theInstance();
-        manager->prefetch({"both", "Packed", "broken", "unknown", "translucent"});
-        QCOMPARE(colorOf(manager->getPixmap("both")), QColor(Qt::blue).rgb());
-        QCOMPARE(colorOf(manager->getPixmap("Packed")), QColor(Qt::green).rgb());
-        QVERIFY(manager->getPixmap("broken")->isNull());
-        QVERIFY(manager->getPixmap("unknown")->isNull());
-        QCOMPARE(manager->getPixmap("translucent")->toImage(), decodedInPlace);
-
-        manager->addStrategy(new SolidStrategy(Qt::cyan), true);
-        manager->prefetch({"packed", "both"});   // "both" is cached already
-        QCOMPARE(colorOf(manager->getPixmap("packed")), QColor(Qt::cyan).rgb());
-        QCOMPARE(colorOf(manager->getPixmap("both")), QColor(Qt::blue).rgb());
-    }
-
     // Without a container only loose files count.
     void withoutContainerReadsLooseFilesAndInformation()
     {
