@@ -2,6 +2,7 @@
 
 #include <fontconfig/fontconfig.h>
 
+#include <system_error>
 #include <thread>
 
 namespace {
@@ -30,8 +31,13 @@ PreloadThread& preloadThread()
 void FontConfigPreload::start()
 {
     PreloadThread& preload = preloadThread();
-    if (!preload.thread.joinable())
+    if (preload.thread.joinable())
+        return;
+    try {
         preload.thread = std::thread([] { (void)FcInit(); });
+    } catch (const std::system_error&) {
+        // No thread to be had: Qt reads the configuration itself, as usual.
+    }
 }
 
 void FontConfigPreload::waitUntilLoaded()
