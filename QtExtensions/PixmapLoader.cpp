@@ -28,16 +28,17 @@ bool hasPngSuffix(const std::string& name)
 // read the usual way, so nothing loads differently.
 QImage EncodedPicture::decode() const
 {
+    const QByteArray data = QByteArray::fromRawData(bytes.data(), qsizetype(bytes.size()));
     if (namedPng) {
         QBuffer buffer;
-        buffer.setData(bytes);
+        buffer.setData(data);
         QImageReader reader(&buffer, "png");
         reader.setAutoDetectImageFormat(false);
         QImage image = reader.read();
         if (!image.isNull())
             return image;
     }
-    return QImage::fromData(bytes);
+    return QImage::fromData(data);
 }
 
 QPixmap* PixmapLoaderStrategy::createPixmap(const std::string& name)
@@ -62,11 +63,11 @@ PixmapLoaderFile::PixmapLoaderFile(std::string folder)
 
 std::optional<EncodedPicture> PixmapLoaderFile::loadEncoded(const std::string& name)
 {
-    const std::optional<std::string> content =
+    std::optional<std::string> content =
         RegularFile::readWhole(CrossPlatformApi::fileSystemEncoding(m_folder + name), MaxPictureFileBytes);
     if (!content)
         return std::nullopt;
-    return EncodedPicture{QByteArray::fromStdString(*content), hasPngSuffix(name)};
+    return EncodedPicture{std::move(*content), hasPngSuffix(name)};
 }
 
 PixmapLoaderCNT::PixmapLoaderCNT(std::string containerPath)
@@ -80,7 +81,7 @@ std::optional<EncodedPicture> PixmapLoaderCNT::loadEncoded(const std::string& na
     const cBuffer data = getBufferFromArchive(name);
     if (!data.GetBuffer())
         return std::nullopt;
-    return EncodedPicture{QByteArray(data.GetBuffer(), qsizetype(data.GetBufferLength())), hasPngSuffix(name)};
+    return EncodedPicture{std::string(data.GetBuffer(), data.GetBufferLength()), hasPngSuffix(name)};
 }
 
 cBuffer PixmapLoaderCNT::getBufferFromArchive(const std::string& name)

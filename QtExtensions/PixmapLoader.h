@@ -2,8 +2,6 @@
 
 #include "Archive.h"
 
-#include <QByteArray>
-
 #include <memory>
 #include <optional>
 #include <string>
@@ -15,7 +13,7 @@ class QPixmap;
 // says PNG.
 struct EncodedPicture
 {
-    QByteArray bytes;
+    std::string bytes;
     bool namedPng = false;
 
     // A null image when the bytes are no picture.
