@@ -47,6 +47,11 @@ QPixmap* PixmapLoaderStrategy::createPixmap(const std::string& name)
     return loadPixmap(name, pixmap.get()) ? pixmap.release() : nullptr;
 }
 
+std::optional<EncodedPicture> PixmapLoaderStrategy::loadEncoded(const std::string&)
+{
+    return std::nullopt;
+}
+
 bool PixmapLoaderEncoded::loadPixmap(const std::string& name, QPixmap* pixmap)
 {
     const std::optional<EncodedPicture> encoded = loadEncoded(name);
@@ -99,4 +104,9 @@ PixmapLoaderDecoratorAddSuffix::PixmapLoaderDecoratorAddSuffix(PixmapLoaderStrat
 bool PixmapLoaderDecoratorAddSuffix::loadPixmap(const std::string& name, QPixmap* pixmap)
 {
     return m_wrapped->loadPixmap(name + m_suffix, pixmap);
+}
+
+std::optional<EncodedPicture> PixmapLoaderDecoratorAddSuffix::loadEncoded(const std::string& name)
+{
+    return m_wrapped->loadEncoded(name + m_suffix);
 }

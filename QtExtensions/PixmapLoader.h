@@ -30,6 +30,9 @@ public:
     // picture of that name or it does not decode.
     virtual QPixmap* createPixmap(const std::string& name);
     virtual bool loadPixmap(const std::string& name, QPixmap* pixmap) = 0;
+    // The encoded picture of that name, or nothing when this strategy has
+    // none or does not keep its pictures encoded.
+    virtual std::optional<EncodedPicture> loadEncoded(const std::string& name);
 };
 
 // A strategy whose pictures are encoded files: loading is reading and
@@ -38,8 +41,7 @@ class PixmapLoaderEncoded : public PixmapLoaderStrategy
 {
 public:
     bool loadPixmap(const std::string& name, QPixmap* pixmap) override;
-    // The encoded picture of that name, or nothing when there is none.
-    virtual std::optional<EncodedPicture> loadEncoded(const std::string& name) = 0;
+    std::optional<EncodedPicture> loadEncoded(const std::string& name) override = 0;
 };
 
 // Picture files in a folder: folder + name.
@@ -76,6 +78,7 @@ public:
     PixmapLoaderDecoratorAddSuffix(PixmapLoaderStrategy* wrapped, std::string suffix);
 
     bool loadPixmap(const std::string& name, QPixmap* pixmap) override;
+    std::optional<EncodedPicture> loadEncoded(const std::string& name) override;
 
 private:
     std::unique_ptr<PixmapLoaderStrategy> m_wrapped;

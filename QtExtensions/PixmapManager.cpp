@@ -58,6 +58,14 @@ QPixmap* PixmapManager::getPixmap(const std::string& name)
     return missing;
 }
 
+std::optional<EncodedPicture> PixmapManager::getEncoded(const std::string& name)
+{
+    for (const auto& strategy : m_strategies)
+        if (std::optional<EncodedPicture> encoded = strategy->loadEncoded(name))
+            return encoded;
+    return std::nullopt;
+}
+
 QPixmap* PixmapManager::getPixmap(const char* name)
 {
     return getPixmap(std::string(name ? name : ""));

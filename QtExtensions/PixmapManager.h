@@ -5,10 +5,12 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 class PixmapLoaderStrategy;
+struct EncodedPicture;
 class QPixmap;
 
 // Hands out the pictures of the user interface by name. Strategies are asked
@@ -41,6 +43,10 @@ public:
     // Never null; owned by the manager.
     QPixmap* getPixmap(const std::string& name);
     QPixmap* getPixmap(const char* name);
+    // The picture of that name still encoded, as the first strategy that has
+    // it finds it, for decoding away from the main thread; the cache is
+    // neither asked nor filled.
+    std::optional<EncodedPicture> getEncoded(const std::string& name);
 
     // Takes ownership; atFront puts the strategy before all others.
     void addStrategy(PixmapLoaderStrategy* strategy, bool atFront);

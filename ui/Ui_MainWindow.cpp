@@ -7,6 +7,7 @@
 #include "FontHelper.h"
 #include "ModePages.h"
 #include "OnlineUpdate.h"
+#include "PixmapLoader.h"
 #include "PixmapManager.h"
 #include "SCAppStyle.h"
 #include "SCColors.h"
@@ -30,7 +31,9 @@
 #include <QToolBar>
 #include <QToolButton>
 
+#include <functional>
 #include <optional>
+#include <utility>
 
 namespace {
 
@@ -84,6 +87,30 @@ QPixmap picture(const char* role, const char* defaultName)
     PixmapManager* pixmaps = PixmapManager::theInstance();
     return *pixmaps->getPixmap(pixmaps->resolvePixName(role, defaultName));
 }
+
+// The header label takes its picture over when it is first shown: the
+// picture is decoded on a worker thread while the rest of the window is
+// built.
+class HeaderLabel : public QLabel
+{
+public:
+    HeaderLabel(QWidget* parent, std::function<QPixmap()> picture)
+        : QLabel(parent)
+        , m_picture(std::move(picture))
+    {
+    }
+
+protected:
+    void showEvent(QShowEvent* event) override
+    {
+        if (m_picture)
+            setPixmap(std::exchange(m_picture, nullptr)());
+        QLabel::showEvent(event);
+    }
+
+private:
+    std::function<QPixmap()> m_picture;
+};
 
 // An icon whose picture the image manager decodes when it is first shown:
 // most actions sit in menus, which show no icons, or in no bar at all.
@@ -180,10 +207,9 @@ void Ui_MainWindow::setupUi(QMainWindow* window, int edition)
     Q_ASSERT(m_window);
     m_edition = edition;
 
-    // The header, by far the largest picture, is made ready before the first
-    // font is looked up: meanwhile the font configuration finishes loading
-    // on its own thread.
-    const QPixmap header = headerPicture();
+    // The header, by far the largest picture, is decoded while the window
+    // is built and shown once the rest is ready.
+    const std::shared_future<QImage> header = decodeHeaderPicture().share();
     QFont font = QApplication::font();
     font.setPointSize(int(font.pointSize() / FontHelper().getFontScale()));
     window->setFont(font);
@@ -222,10 +248,9 @@ void Ui_MainWindow::setupUi(QMainWindow* window, int edition)
     m_mainLayout->setSpacing(0);
     m_mainLayout->setContentsMargins(0, 0, 0, 0);
 
-    m_header = new QLabel(m_centralWidget);
+    m_header = new HeaderLabel(m_centralWidget, [this, header] { return headerPicture(header.get()); });
     m_header->setObjectName(QStringLiteral("Header"));
     m_header->setFixedSize(headerSize());
-    m_header->setPixmap(header);
     m_mainLayout->addWidget(m_header);
 
     m_centralLayout = new QHBoxLayout();
@@ -321,7 +346,7 @@ void Ui_MainWindow::retranslateUi(QMainWindow* window, bool withToolTips)
 
 void Ui_MainWindow::updateUi()
 {
-    m_header->setPixmap(headerPicture());
+    m_header->setPixmap(headerPicture(decodeHeaderPicture().get()));
 }
 
 QSize Ui_MainWindow::headerSize() const
@@ -329,19 +354,47 @@ QSize Ui_MainWindow::headerSize() const
     return QSize(metric(SCAppStyle::PM_HeaderPictureWidth), metric(SCAppStyle::PM_HeaderPictureHeight));
 }
 
+namespace {
+
+std::string headerPictureName()
+{
+    return PixmapManager::theInstance()->resolvePixName("Header", "sc_header");
+}
+
 // The picture fills the header. A picture of another size (the small-screen
 // metrics, another edition's picture) is scaled smoothly, in device pixels,
-// once here rather than at the label's first paint.
-QPixmap Ui_MainWindow::headerPicture() const
+// once rather than by the label at every paint.
+QImage fitToHeader(QImage picture, const QSize& size, qreal ratio)
 {
-    const QPixmap header = picture("Header", "sc_header");
-    const QSize size = headerSize();
-    if (header.isNull() || header.size() == size)
-        return header;
-    const qreal ratio = m_window->devicePixelRatioF();
-    QImage scaled = header.toImage().scaled(size * ratio, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    if (picture.isNull() || picture.size() == size)
+        return picture;
+    QImage scaled = picture.scaled(size * ratio, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     scaled.setDevicePixelRatio(ratio);
-    return QPixmap::fromImage(std::move(scaled));
+    return scaled;
+}
+
+} // namespace
+
+// The picture is read here, as the image manager is for the main thread
+// only; decoding and scaling take milliseconds and run on their own thread,
+// or on the first get() when no thread can be started.
+std::future<QImage> Ui_MainWindow::decodeHeaderPicture() const
+{
+    std::optional<EncodedPicture> encoded = PixmapManager::theInstance()->getEncoded(headerPictureName());
+    return std::async(std::launch::async | std::launch::deferred,
+                      [encoded = std::move(encoded), size = headerSize(), ratio = m_window->devicePixelRatioF()] {
+                          return encoded ? fitToHeader(encoded->decode(), size, ratio) : QImage();
+                      });
+}
+
+// Bytes that are no picture leave the choice to the image manager, which
+// then asks its other sources.
+QPixmap Ui_MainWindow::headerPicture(const QImage& decoded) const
+{
+    if (!decoded.isNull())
+        return QPixmap::fromImage(decoded);
+    return QPixmap::fromImage(fitToHeader(PixmapManager::theInstance()->getPixmap(headerPictureName())->toImage(),
+                                          headerSize(), m_window->devicePixelRatioF()));
 }
 
 QAction* Ui_MainWindow::newAction(const char* objectName, const char* iconName)

@@ -6,6 +6,7 @@
 #include <QString>
 
 #include <array>
+#include <future>
 
 class ActionPage;
 class QAction;
@@ -47,7 +48,11 @@ public:
     void updateUi();
 
     QSize headerSize() const;
-    QPixmap headerPicture() const;
+    // The header picture at the header's size, decoded and scaled on a
+    // worker thread while the caller goes on; headerPicture turns the result
+    // into the pixmap to show.
+    std::future<QImage> decodeHeaderPicture() const;
+    QPixmap headerPicture(const QImage& decoded) const;
     void createActions(QMainWindow* window);
     void createToolBar(QMainWindow* window);
     void createSelectionButtons();

@@ -1,4 +1,5 @@
 #include "ActionPage.h"
+#include "Archive.h"
 #include "CommandLine.h"
 #include "OnlineUpdate.h"
 #include "PixmapManager.h"
@@ -387,8 +388,9 @@ private slots:
 
     // The header picture fills the header: one of another size (here the
     // offscreen screen's small-screen metrics) is shown scaled to it, not
-    // cropped or scaled again at every paint; without one the header stays
-    // empty.
+    // cropped or scaled again at every paint. A picture file that does not
+    // decode gives way to the container's picture, as for every picture;
+    // without any the header stays empty.
     void headerPictureFillsTheHeader()
     {
         QImage picture(960, 106, QImage::Format_RGB32);
@@ -401,20 +403,33 @@ private slots:
         QVERIFY(m_install->writeResource(QStringLiteral("media/sc_header.png"), png));
         openSettings();
 
-        auto window = shownWindow();
-        QVERIFY(window);
-        auto* header = window->findChild<QLabel*>(QStringLiteral("Header"));
-        QVERIFY(header);
-        QVERIFY(header->size() != picture.size());
-        QVERIFY(!header->hasScaledContents());
-        const QImage shown = header->pixmap().toImage();
-        QCOMPARE(shown.size(), header->size() * header->devicePixelRatioF());
-        QCOMPARE(shown.pixel(2, shown.height() / 2), qRgb(255, 0, 0));
-        QCOMPARE(shown.pixel(shown.width() - 3, shown.height() / 2), qRgb(0, 0, 255));
+        const auto showsPicture = [&picture] {
+            auto window = shownWindow();
+            QVERIFY(window);
+            auto* header = window->findChild<QLabel*>(QStringLiteral("Header"));
+            QVERIFY(header);
+            QVERIFY(header->size() != picture.size());
+            QVERIFY(!header->hasScaledContents());
+            const QImage shown = header->pixmap().toImage();
+            QCOMPARE(shown.size(), header->size() * header->devicePixelRatioF());
+            QCOMPARE(shown.pixel(2, shown.height() / 2), qRgb(255, 0, 0));
+            QCOMPARE(shown.pixel(shown.width() - 3, shown.height() / 2), qRgb(0, 0, 255));
+        };
+        showsPicture();
 
-        QVERIFY(QFile::remove(m_install->resourcesDir() + QStringLiteral("media/sc_header.png")));
+        const QString media = m_install->resourcesDir() + QStringLiteral("media/");
+        {
+            cArchive container((media + QStringLiteral("images_mac.cnt")).toStdString(), media.toStdString());
+            QVERIFY(container.AddFile("sc_header.png", "sc_header.png", compression::stored, false));
+        }
+        QVERIFY(m_install->writeResource(QStringLiteral("media/sc_header.png"), "no picture"));
         openSettings();
-        window = shownWindow();
+        showsPicture();
+
+        QVERIFY(QFile::remove(media + QStringLiteral("images_mac.cnt")));
+        QVERIFY(QFile::remove(media + QStringLiteral("sc_header.png")));
+        openSettings();
+        auto window = shownWindow();
         QVERIFY(window);
         QVERIFY(window->findChild<QLabel*>(QStringLiteral("Header"))->pixmap().isNull());
     }
