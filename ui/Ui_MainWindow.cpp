@@ -31,6 +31,7 @@
 #include <QToolBar>
 #include <QToolButton>
 
+#include <algorithm>
 #include <functional>
 #include <optional>
 #include <utility>
@@ -361,14 +362,29 @@ std::string headerPictureName()
     return PixmapManager::theInstance()->resolvePixName("Header", "sc_header");
 }
 
+// The pixels a pixmap keeps of a picture: without transparent pixels opaque
+// RGB32, else premultiplied. Smooth scaling gives other colours for the same
+// picture in another format, so the header is scaled from these, as when
+// the label scaled its pixmap.
+QImage asPixmapPixels(const QImage& picture)
+{
+    const QImage argb = picture.convertToFormat(QImage::Format_ARGB32);
+    for (int y = 0; y < argb.height(); ++y) {
+        const auto* line = reinterpret_cast<const QRgb*>(argb.constScanLine(y));
+        if (std::any_of(line, line + argb.width(), [](QRgb pixel) { return qAlpha(pixel) != 255; }))
+            return argb.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    }
+    return argb.convertToFormat(QImage::Format_RGB32);
+}
+
 // The picture fills the header. A picture of another size (the small-screen
 // metrics, another edition's picture) is scaled smoothly, in device pixels,
 // once rather than by the label at every paint.
-QImage fitToHeader(QImage picture, const QSize& size, qreal ratio)
+QImage fitToHeader(const QImage& picture, const QSize& size, qreal ratio)
 {
     if (picture.isNull() || picture.size() == size)
         return picture;
-    QImage scaled = picture.scaled(size * ratio, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    QImage scaled = asPixmapPixels(picture).scaled(size * ratio, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     scaled.setDevicePixelRatio(ratio);
     return scaled;
 }
