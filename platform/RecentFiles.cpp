@@ -3,7 +3,6 @@
 #include <QDateTime>
 #include <QDeadlineTimer>
 #include <QDir>
-#include <QDomDocument>
 #include <QFile>
 #include <QFileInfo>
 #include <QMimeDatabase>
@@ -11,9 +10,13 @@
 #include <QStandardPaths>
 #include <QThread>
 #include <QUrl>
+#include <QXmlStreamReader>
+#include <QXmlStreamWriter>
 
+#include <algorithm>
 #include <memory>
 #include <optional>
+#include <vector>
 
 #include <cerrno>
 #include <fcntl.h>
@@ -102,63 +105,182 @@ RecentFiles::Result lockList(const QByteArray& path, std::unique_ptr<LockedFile>
     }
 }
 
-QDomElement child(QDomElement parent, const QString& tag, const QString& attribute = {},
-                  const QString& value = {})
+// The list as read: elements with their attributes and children, and the
+// text, comments, processing instructions and document type between them,
+// written back as they were. Only white space between elements is dropped;
+// the writer indents afresh.
+struct XmlNode
 {
-    for (QDomElement element = parent.firstChildElement(tag); !element.isNull();
-         element = element.nextSiblingElement(tag))
-        if (attribute.isEmpty() || element.attribute(attribute) == value)
-            return element;
-    QDomElement created = parent.ownerDocument().createElement(tag);
-    if (!attribute.isEmpty())
-        created.setAttribute(attribute, value);
-    parent.appendChild(created);
-    return created;
+    QXmlStreamReader::TokenType type = QXmlStreamReader::StartElement;
+    QString name;   // an element's qualified name, a processing instruction's target
+    QXmlStreamAttributes attributes;
+    QString text;   // characters, a comment, a processing instruction's data, the DTD
+    bool cdata = false;
+    std::vector<XmlNode> children;
+
+    QString attribute(const QString& attributeName) const
+    {
+        return attributes.value(attributeName).toString();
+    }
+
+    void setAttribute(const QString& attributeName, const QString& value)
+    {
+        const auto found = std::find_if(attributes.begin(), attributes.end(), [&](const QXmlStreamAttribute& a) {
+            return a.qualifiedName() == attributeName;
+        });
+        if (found != attributes.end())
+            *found = QXmlStreamAttribute(attributeName, value);
+        else
+            attributes.append(attributeName, value);
+    }
+
+    // The first child element named tag (with attribute equal to value, when
+    // an attribute is given), appended when there is none.
+    XmlNode& child(const QString& tag, const QString& attributeName = {}, const QString& value = {})
+    {
+        for (XmlNode& node : children)
+            if (node.type == QXmlStreamReader::StartElement && node.name == tag
+                && (attributeName.isEmpty() || node.attribute(attributeName) == value))
+                return node;
+        XmlNode created{QXmlStreamReader::StartElement, tag, {}, {}, false, {}};
+        if (!attributeName.isEmpty())
+            created.setAttribute(attributeName, value);
+        children.push_back(std::move(created));
+        return children.back();
+    }
+};
+
+// The document's top level (the root element among comments and the like),
+// or nothing when the content is not well-formed XML. Namespaces are not
+// processed: the prefixes are kept as written, with their declarations as
+// ordinary attributes.
+std::optional<XmlNode> parse(const QByteArray& content)
+{
+    XmlNode document{QXmlStreamReader::NoToken, {}, {}, {}, false, {}};
+    std::vector<XmlNode*> open{&document};
+    QXmlStreamReader reader(content);
+    reader.setNamespaceProcessing(false);
+    while (!reader.atEnd()) {
+        XmlNode& parent = *open.back();
+        switch (reader.readNext()) {
+        case QXmlStreamReader::StartElement:
+            parent.children.push_back({reader.tokenType(), reader.qualifiedName().toString(), reader.attributes(), {},
+                                       false, {}});
+            open.push_back(&parent.children.back());
+            break;
+        case QXmlStreamReader::EndElement:
+            open.pop_back();
+            break;
+        case QXmlStreamReader::Characters:
+            if (!reader.isWhitespace())
+                parent.children.push_back({reader.tokenType(), {}, {}, reader.text().toString(), reader.isCDATA(), {}});
+            break;
+        case QXmlStreamReader::Comment:
+        case QXmlStreamReader::DTD:
+            parent.children.push_back({reader.tokenType(), {}, {}, reader.text().toString(), false, {}});
+            break;
+        case QXmlStreamReader::ProcessingInstruction:
+            parent.children.push_back({reader.tokenType(), reader.processingInstructionTarget().toString(), {},
+                                       reader.processingInstructionData().toString(), false, {}});
+            break;
+        default:
+            break;
+        }
+    }
+    if (reader.hasError())
+        return std::nullopt;
+    return document;
 }
 
-QDomElement bookmarkOf(QDomElement root, const QUrl& url)
+void write(QXmlStreamWriter& writer, const XmlNode& node)
 {
-    for (QDomElement element = root.firstChildElement(QStringLiteral("bookmark")); !element.isNull();
-         element = element.nextSiblingElement(QStringLiteral("bookmark")))
-        if (QUrl(element.attribute(QStringLiteral("href"))) == url)
-            return element;
-    return {};
+    switch (node.type) {
+    case QXmlStreamReader::StartElement:
+        writer.writeStartElement(node.name);
+        writer.writeAttributes(node.attributes);
+        for (const XmlNode& child : node.children)
+            write(writer, child);
+        writer.writeEndElement();
+        break;
+    case QXmlStreamReader::Characters:
+        if (node.cdata)
+            writer.writeCDATA(node.text);
+        else
+            writer.writeCharacters(node.text);
+        break;
+    case QXmlStreamReader::Comment:
+        writer.writeComment(node.text);
+        break;
+    case QXmlStreamReader::DTD:
+        writer.writeDTD(node.text);
+        break;
+    case QXmlStreamReader::ProcessingInstruction:
+        writer.writeProcessingInstruction(node.name, node.text);
+        break;
+    default:
+        break;
+    }
 }
 
-// Brings the file's entry up to date, or adds it. The document is read
-// without namespace processing, so the prefixes "bookmark" and "mime" are
-// the ones declared on the root element (added when missing).
-void record(QDomDocument& document, const QString& file, const QString& application, const QString& exec)
+QByteArray serialize(const XmlNode& document)
 {
-    QDomElement root = document.documentElement();
-    if (!root.hasAttribute(QStringLiteral("xmlns:bookmark")))
+    QByteArray content;
+    QXmlStreamWriter writer(&content);
+    writer.setAutoFormatting(true);
+    writer.setAutoFormattingIndent(2);
+    writer.writeStartDocument(QStringLiteral("1.0"));
+    for (const XmlNode& node : document.children)
+        write(writer, node);
+    writer.writeEndDocument();
+    return content;
+}
+
+XmlNode* rootOf(XmlNode& document)
+{
+    const auto root = std::find_if(document.children.begin(), document.children.end(),
+                                   [](const XmlNode& node) { return node.type == QXmlStreamReader::StartElement; });
+    return root != document.children.end() && root->name == QLatin1String("xbel") ? &*root : nullptr;
+}
+
+XmlNode* bookmarkOf(XmlNode& root, const QUrl& url)
+{
+    for (XmlNode& node : root.children)
+        if (node.type == QXmlStreamReader::StartElement && node.name == QLatin1String("bookmark")
+            && QUrl(node.attribute(QStringLiteral("href"))) == url)
+            return &node;
+    return nullptr;
+}
+
+// Brings the file's entry up to date, or adds it. The prefixes "bookmark"
+// and "mime" are the ones declared on the root element (added when missing).
+void record(XmlNode& root, const QString& file, const QString& application, const QString& exec)
+{
+    if (!root.attributes.hasAttribute(QStringLiteral("xmlns:bookmark")))
         root.setAttribute(QStringLiteral("xmlns:bookmark"), bookmarkNamespace);
-    if (!root.hasAttribute(QStringLiteral("xmlns:mime")))
+    if (!root.attributes.hasAttribute(QStringLiteral("xmlns:mime")))
         root.setAttribute(QStringLiteral("xmlns:mime"), mimeNamespace);
 
     const QString now = QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs);
     const QUrl url = QUrl::fromLocalFile(file);
-    QDomElement bookmark = bookmarkOf(root, url);
-    if (bookmark.isNull()) {
-        bookmark = document.createElement(QStringLiteral("bookmark"));
-        bookmark.setAttribute(QStringLiteral("href"), QString::fromLatin1(url.toEncoded()));
-        bookmark.setAttribute(QStringLiteral("added"), now);
-        root.appendChild(bookmark);
+    XmlNode* bookmark = bookmarkOf(root, url);
+    if (!bookmark) {
+        bookmark = &root.child(QStringLiteral("bookmark"), QStringLiteral("href"), QString::fromLatin1(url.toEncoded()));
+        bookmark->setAttribute(QStringLiteral("added"), now);
     }
-    bookmark.setAttribute(QStringLiteral("modified"), now);
-    bookmark.setAttribute(QStringLiteral("visited"), now);
+    bookmark->setAttribute(QStringLiteral("modified"), now);
+    bookmark->setAttribute(QStringLiteral("visited"), now);
 
-    QDomElement metadata = child(child(bookmark, QStringLiteral("info")), QStringLiteral("metadata"),
-                                 QStringLiteral("owner"), metadataOwner);
-    QDomElement mimeType = child(metadata, QStringLiteral("mime:mime-type"));
-    if (!mimeType.hasAttribute(QStringLiteral("type")))
+    XmlNode& metadata = bookmark->child(QStringLiteral("info")).child(QStringLiteral("metadata"), QStringLiteral("owner"),
+                                                                      metadataOwner);
+    XmlNode& mimeType = metadata.child(QStringLiteral("mime:mime-type"));
+    if (!mimeType.attributes.hasAttribute(QStringLiteral("type")))
         mimeType.setAttribute(QStringLiteral("type"), QMimeDatabase().mimeTypeForFile(file).name());
 
-    QDomElement entry = child(child(metadata, QStringLiteral("bookmark:applications")),
-                              QStringLiteral("bookmark:application"), QStringLiteral("name"), application);
+    XmlNode& entry = metadata.child(QStringLiteral("bookmark:applications"))
+                         .child(QStringLiteral("bookmark:application"), QStringLiteral("name"), application);
     entry.setAttribute(QStringLiteral("exec"), exec);
     entry.setAttribute(QStringLiteral("modified"), now);
-    entry.setAttribute(QStringLiteral("count"), entry.attribute(QStringLiteral("count")).toInt() + 1);
+    entry.setAttribute(QStringLiteral("count"), QString::number(entry.attribute(QStringLiteral("count")).toInt() + 1));
 }
 
 } // namespace
@@ -184,25 +306,24 @@ Result add(const QString& file, const QString& application, const QString& exec)
     if (lock != Result::Added)
         return lock;
 
-    QDomDocument document;
+    std::optional<XmlNode> document = XmlNode{QXmlStreamReader::NoToken, {}, {}, {}, false, {}};
     if (locked) {
         const std::optional<QByteArray> content = locked->readAll();
         if (!content)
             return Result::NotWritten;
-        if (!document.setContent(*content, false)
-            || document.documentElement().tagName() != QLatin1String("xbel"))
-            return Result::Unreadable;
+        document = parse(*content);
     } else {
-        document.appendChild(document.createProcessingInstruction(QStringLiteral("xml"),
-                                                                  QStringLiteral("version=\"1.0\" encoding=\"UTF-8\"")));
-        QDomElement root = document.createElement(QStringLiteral("xbel"));
-        root.setAttribute(QStringLiteral("version"), QStringLiteral("1.0"));
-        document.appendChild(root);
+        document->children.push_back(
+            {QXmlStreamReader::StartElement, QStringLiteral("xbel"), {}, {}, false, {}});
+        document->children.back().setAttribute(QStringLiteral("version"), QStringLiteral("1.0"));
     }
-    record(document, file, application, exec);
+    XmlNode* root = document ? rootOf(*document) : nullptr;
+    if (!root)
+        return Result::Unreadable;
+    record(*root, file, application, exec);
 
     QSaveFile list(path);
-    if (!list.open(QIODevice::WriteOnly) || list.write(document.toByteArray(2)) < 0
+    if (!list.open(QIODevice::WriteOnly) || list.write(serialize(*document)) < 0
         || !list.setPermissions(QFile::ReadOwner | QFile::WriteOwner) || !list.commit())
         return Result::NotWritten;
     return Result::Added;

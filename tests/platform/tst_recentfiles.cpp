@@ -13,14 +13,16 @@
 
 namespace {
 
-// A list as another program left it: an entry of its own with groups and a
-// private element, and the namespaces declared with other prefixes than ours.
+// A list as another program left it: an entry of its own with a title, groups
+// and a private element, a comment, and the namespaces declared on the root.
 const QByteArray foreignList =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
     "<xbel version=\"1.0\" xmlns:bookmark=\"http://www.freedesktop.org/standards/desktop-bookmarks\"\n"
     "      xmlns:mime=\"http://www.freedesktop.org/standards/shared-mime-info\">\n"
+    "  <!-- kept as written -->\n"
     "  <bookmark href=\"file:///home/u/Brief%20an%20Amt.odt\" added=\"2026-01-02T10:00:00Z\""
     " modified=\"2026-01-02T10:00:00Z\" visited=\"2026-01-02T10:00:00Z\">\n"
+    "    <title>Brief &amp; &lt;Amt&gt;</title>\n"
     "    <info><metadata owner=\"http://freedesktop.org\">\n"
     "      <mime:mime-type type=\"application/vnd.oasis.opendocument.text\"/>\n"
     "      <bookmark:groups><bookmark:group>Office</bookmark:group></bookmark:groups>\n"
@@ -78,6 +80,8 @@ private slots:
         QCOMPARE(document.documentElement().elementsByTagName(QStringLiteral("bookmark")).size(), 2);
         const QDomElement foreign = bookmarkOf(document, QStringLiteral("/home/u/Brief an Amt.odt"));
         QCOMPARE(foreign.attribute(QStringLiteral("modified")), QStringLiteral("2026-01-02T10:00:00Z"));
+        QCOMPARE(foreign.firstChildElement(QStringLiteral("title")).text(), QStringLiteral("Brief & <Amt>"));
+        QCOMPARE(document.documentElement().firstChild().toComment().data(), QStringLiteral(" kept as written "));
         QCOMPARE(foreign.elementsByTagName(QStringLiteral("bookmark:group")).item(0).toElement().text(),
                  QStringLiteral("Office"));
         QCOMPARE(foreign.elementsByTagName(QStringLiteral("bookmark:private")).size(), 1);
