@@ -28,6 +28,9 @@ namespace {
 
 constexpr int lockWaitMs = 1000;
 constexpr int lockRetryMs = 10;
+// A list nests a handful of elements deep; a deeper document is none we read
+// (it is written back recursively).
+constexpr std::size_t maxDepth = 64;
 
 const QString bookmarkNamespace = QStringLiteral("http://www.freedesktop.org/standards/desktop-bookmarks");
 const QString mimeNamespace = QStringLiteral("http://www.freedesktop.org/standards/shared-mime-info");
@@ -164,6 +167,8 @@ std::optional<XmlNode> parse(const QByteArray& content)
         XmlNode& parent = *open.back();
         switch (reader.readNext()) {
         case QXmlStreamReader::StartElement:
+            if (open.size() > maxDepth)
+                return std::nullopt;
             parent.children.push_back({reader.tokenType(), reader.qualifiedName().toString(), reader.attributes(), {},
                                        false, {}});
             open.push_back(&parent.children.back());

@@ -114,6 +114,13 @@ private slots:
         QCOMPARE(add(), RecentFiles::Result::Unreadable);
         QCOMPARE(installation.readFile(list), broken);
 
+        // Well-formed, but nested deeper than any list of recent files.
+        const QByteArray deep = "<xbel>" + QByteArray("<a>").repeated(100000) + QByteArray("</a>").repeated(100000)
+            + "</xbel>";
+        QVERIFY(installation.writeFile(QStringLiteral("home/.local/share/recently-used.xbel"), deep));
+        QCOMPARE(add(), RecentFiles::Result::Unreadable);
+        QCOMPARE(installation.readFile(list), deep);
+
         // Another program holds the list's lock past our patience.
         QVERIFY(installation.writeFile(QStringLiteral("home/.local/share/recently-used.xbel"), foreignList));
         const int holder = ::open(QFile::encodeName(list).constData(), O_RDONLY);
