@@ -16,6 +16,7 @@
 #include <algorithm>
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include <cerrno>
@@ -114,7 +115,14 @@ RecentFiles::Result lockList(const QByteArray& path, std::unique_ptr<LockedFile>
 // the writer indents afresh.
 struct XmlNode
 {
-    QXmlStreamReader::TokenType type = QXmlStreamReader::StartElement;
+    explicit XmlNode(QXmlStreamReader::TokenType nodeType, QString nodeName = {}, QString nodeText = {})
+        : type(nodeType)
+        , name(std::move(nodeName))
+        , text(std::move(nodeText))
+    {
+    }
+
+    QXmlStreamReader::TokenType type;
     QString name;   // an element's qualified name, a processing instruction's target
     QXmlStreamAttributes attributes;
     QString text;   // characters, a comment, a processing instruction's data, the DTD
@@ -137,6 +145,11 @@ struct XmlNode
             attributes.append(attributeName, value);
     }
 
+    XmlNode& append(QXmlStreamReader::TokenType nodeType, QString nodeName = {}, QString nodeText = {})
+    {
+        return children.emplace_back(nodeType, std::move(nodeName), std::move(nodeText));
+    }
+
     // The first child element named tag (with attribute equal to value, when
     // an attribute is given), appended when there is none.
     XmlNode& child(const QString& tag, const QString& attributeName = {}, const QString& value = {})
@@ -145,11 +158,10 @@ struct XmlNode
             if (node.type == QXmlStreamReader::StartElement && node.name == tag
                 && (attributeName.isEmpty() || node.attribute(attributeName) == value))
                 return node;
-        XmlNode created{QXmlStreamReader::StartElement, tag, {}, {}, false, {}};
+        XmlNode& created = append(QXmlStreamReader::StartElement, tag);
         if (!attributeName.isEmpty())
             created.setAttribute(attributeName, value);
-        children.push_back(std::move(created));
-        return children.back();
+        return created;
     }
 };
 
@@ -159,34 +171,35 @@ struct XmlNode
 // ordinary attributes.
 std::optional<XmlNode> parse(const QByteArray& content)
 {
-    XmlNode document{QXmlStreamReader::NoToken, {}, {}, {}, false, {}};
+    XmlNode document(QXmlStreamReader::NoToken);
     std::vector<XmlNode*> open{&document};
     QXmlStreamReader reader(content);
     reader.setNamespaceProcessing(false);
     while (!reader.atEnd()) {
         XmlNode& parent = *open.back();
         switch (reader.readNext()) {
-        case QXmlStreamReader::StartElement:
+        case QXmlStreamReader::StartElement: {
             if (open.size() > maxDepth)
                 return std::nullopt;
-            parent.children.push_back({reader.tokenType(), reader.qualifiedName().toString(), reader.attributes(), {},
-                                       false, {}});
-            open.push_back(&parent.children.back());
+            XmlNode& element = parent.append(reader.tokenType(), reader.qualifiedName().toString());
+            element.attributes = reader.attributes();
+            open.push_back(&element);
             break;
+        }
         case QXmlStreamReader::EndElement:
             open.pop_back();
             break;
         case QXmlStreamReader::Characters:
             if (!reader.isWhitespace())
-                parent.children.push_back({reader.tokenType(), {}, {}, reader.text().toString(), reader.isCDATA(), {}});
+                parent.append(reader.tokenType(), {}, reader.text().toString()).cdata = reader.isCDATA();
             break;
         case QXmlStreamReader::Comment:
         case QXmlStreamReader::DTD:
-            parent.children.push_back({reader.tokenType(), {}, {}, reader.text().toString(), false, {}});
+            parent.append(reader.tokenType(), {}, reader.text().toString());
             break;
         case QXmlStreamReader::ProcessingInstruction:
-            parent.children.push_back({reader.tokenType(), reader.processingInstructionTarget().toString(), {},
-                                       reader.processingInstructionData().toString(), false, {}});
+            parent.append(reader.tokenType(), reader.processingInstructionTarget().toString(),
+                          reader.processingInstructionData().toString());
             break;
         default:
             break;
@@ -269,7 +282,8 @@ void record(XmlNode& root, const QString& file, const QString& application, cons
     const QUrl url = QUrl::fromLocalFile(file);
     XmlNode* bookmark = bookmarkOf(root, url);
     if (!bookmark) {
-        bookmark = &root.child(QStringLiteral("bookmark"), QStringLiteral("href"), QString::fromLatin1(url.toEncoded()));
+        bookmark = &root.append(QXmlStreamReader::StartElement, QStringLiteral("bookmark"));
+        bookmark->setAttribute(QStringLiteral("href"), QString::fromLatin1(url.toEncoded()));
         bookmark->setAttribute(QStringLiteral("added"), now);
     }
     bookmark->setAttribute(QStringLiteral("modified"), now);
@@ -311,16 +325,16 @@ Result add(const QString& file, const QString& application, const QString& exec)
     if (lock != Result::Added)
         return lock;
 
-    std::optional<XmlNode> document = XmlNode{QXmlStreamReader::NoToken, {}, {}, {}, false, {}};
+    std::optional<XmlNode> document;
     if (locked) {
         const std::optional<QByteArray> content = locked->readAll();
         if (!content)
             return Result::NotWritten;
         document = parse(*content);
     } else {
-        document->children.push_back(
-            {QXmlStreamReader::StartElement, QStringLiteral("xbel"), {}, {}, false, {}});
-        document->children.back().setAttribute(QStringLiteral("version"), QStringLiteral("1.0"));
+        document.emplace(QXmlStreamReader::NoToken);
+        document->append(QXmlStreamReader::StartElement, QStringLiteral("xbel"))
+            .setAttribute(QStringLiteral("version"), QStringLiteral("1.0"));
     }
     XmlNode* root = document ? rootOf(*document) : nullptr;
     if (!root)
